@@ -1,0 +1,69 @@
+#include "ZTPromptService.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+namespace zentrail {
+
+namespace {
+
+TZTPromptService& DefaultService() {
+  static TZTPromptService service;
+  return service;
+}
+
+TZTPromptService* gService = nullptr;
+
+QString CaptionOrDefault(const QString& caption) {
+  if (!caption.isEmpty()) return caption;
+  const QString name = QApplication::applicationDisplayName();
+  return name.isEmpty() ? QStringLiteral("Zentrail Viewer") : name;
+}
+
+QWidget* ParentOrActive(QWidget* parent) { return parent ? parent : QApplication::activeWindow(); }
+
+}  // namespace
+
+TZTPromptService::~TZTPromptService() = default;
+
+void TZTPromptService::ShowMessage(QWidget* parent, const QString& text, TZTPromptKind kind,
+                                   const QString& caption) {
+  QMessageBox::Icon icon = QMessageBox::Information;
+  if (kind == TZTPromptKind::Warning) icon = QMessageBox::Warning;
+  if (kind == TZTPromptKind::Error) icon = QMessageBox::Critical;
+  QMessageBox box(icon, CaptionOrDefault(caption), text, QMessageBox::Ok, ParentOrActive(parent));
+  box.exec();
+}
+
+bool TZTPromptService::AskYesNo(QWidget* parent, const QString& text, const QString& caption) {
+  QMessageBox box(QMessageBox::Question, CaptionOrDefault(caption), text, QMessageBox::Yes | QMessageBox::No,
+                  ParentOrActive(parent));
+  return box.exec() == QMessageBox::Yes;
+}
+
+void TZTPromptService::Beep() { QApplication::beep(); }
+
+TZTPromptService& PromptService() { return gService ? *gService : DefaultService(); }
+
+void SetPromptService(TZTPromptService* service) { gService = service; }
+
+void TZTRecordingPromptService::ShowMessage(QWidget*, const QString& text, TZTPromptKind kind,
+                                            const QString& caption) {
+  Prompts.push_back({text, caption, kind, false});
+}
+
+bool TZTRecordingPromptService::AskYesNo(QWidget*, const QString& text, const QString& caption) {
+  Prompts.push_back({text, caption, TZTPromptKind::Information, true});
+  if (Answers.empty()) return false;
+  const bool answer = Answers.front();
+  Answers.pop_front();
+  return answer;
+}
+
+TZTPromptServiceGuard::TZTPromptServiceGuard(TZTPromptService* service) : FPrevious(gService) {
+  SetPromptService(service);
+}
+
+TZTPromptServiceGuard::~TZTPromptServiceGuard() { SetPromptService(FPrevious); }
+
+}  // namespace zentrail
