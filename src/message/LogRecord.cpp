@@ -71,6 +71,7 @@ bool TZentrailFileSource::Open(const std::string& path, std::string& error) {
   FBuf.resize(kFileBuffer);
   FBegin = FEnd = 0;
   FConsumed = 0;
+  FKnownSize = Size();
   return true;
 }
 
@@ -84,6 +85,13 @@ uint64_t TZentrailFileSource::Size() const {
   struct stat st{};
   if (FFd < 0 || ::fstat(FFd, &st) != 0) return 0;
   return static_cast<uint64_t>(st.st_size);
+}
+
+bool TZentrailFileSource::CanRead(uint64_t n) const {
+  // A logging client may still be appending, so a size that looks too small is read afresh.
+  if (FKnownSize >= FConsumed && FKnownSize - FConsumed >= n) return true;
+  FKnownSize = Size();
+  return FKnownSize >= FConsumed && FKnownSize - FConsumed >= n;
 }
 
 bool TZentrailFileSource::Fill() {
@@ -196,6 +204,8 @@ TZentrailRecordResult TZentrailLogReader::Next(TZentrailPacketView& view) {
       if (FSource.Read(lenBytes, 4) < 4) return Fail("the file ends inside a record length", false);
       const int32_t len = GetLE32Signed(lenBytes);
       if (len < 1) return Fail("record length " + std::to_string(len) + " is below 1", false);
+      if (!FSource.CanRead(static_cast<uint64_t>(len)))
+        return Fail("the file ends inside a record of " + std::to_string(len) + " bytes", false);
       std::string_view body = FSource.ReadView(static_cast<std::size_t>(len), FScratch);
       if (body.size() < static_cast<std::size_t>(len))
         return Fail("the file ends inside a record of " + std::to_string(len) + " bytes", false);
@@ -235,6 +245,7 @@ TZentrailRecordResult TZentrailLogReader::ReadLegacy(TZentrailPacketView& view) 
   if (textLen < 0 || detailsLen < 0) return Fail("negative text length", false);
   const std::size_t bodyLen =
       static_cast<std::size_t>(textLen) + static_cast<std::size_t>(detailsLen) + 1;
+  if (!FSource.CanRead(bodyLen)) return Fail("the file ends inside a record", false);
   std::string_view body = FSource.ReadView(bodyLen, FScratch);
   if (body.size() < bodyLen) return Fail("the file ends inside a record", false);
   // The header's text fields must outlive the next ReadView, so they stay in FLegacy.
@@ -290,6 +301,10 @@ bool ReadLogRecord(uint32_t tag, IZentrailByteSource& source, TZentrailMessage& 
       return IZentrailByteSource::ReadView(n, scratch);
     }
     uint64_t Position() const override { return inner.Position() + pos; }
+    bool CanRead(uint64_t n) const override {
+      const uint64_t buffered = 4 - pos;
+      return n <= buffered || inner.CanRead(n - buffered);
+    }
     IZentrailByteSource& inner;
     std::string tagBytes;
     std::size_t pos = 0;

@@ -25,6 +25,12 @@ class IZentrailByteSource {
   virtual std::string_view ReadView(std::size_t n, std::string& scratch);
   // Bytes consumed so far.
   virtual uint64_t Position() const = 0;
+  // False when the source knows that fewer than n bytes are left: a record that claims more is
+  // truncated, and is refused before anything is allocated for it.
+  virtual bool CanRead(uint64_t n) const {
+    (void)n;
+    return true;
+  }
 };
 
 class TZentrailBufferSource final : public IZentrailByteSource {
@@ -33,6 +39,7 @@ class TZentrailBufferSource final : public IZentrailByteSource {
   std::size_t Read(void* dst, std::size_t n) override;
   std::string_view ReadView(std::size_t n, std::string& scratch) override;
   uint64_t Position() const override { return FPos; }
+  bool CanRead(uint64_t n) const override { return n <= FData.size() - FPos; }
 
  private:
   std::string_view FData;
@@ -55,6 +62,7 @@ class TZentrailFileSource final : public IZentrailByteSource {
   std::size_t Read(void* dst, std::size_t n) override;
   std::string_view ReadView(std::size_t n, std::string& scratch) override;
   uint64_t Position() const override { return FConsumed; }
+  bool CanRead(uint64_t n) const override;
 
  private:
   bool Fill();
@@ -62,6 +70,7 @@ class TZentrailFileSource final : public IZentrailByteSource {
   std::string FBuf;
   std::size_t FBegin = 0, FEnd = 0;
   uint64_t FConsumed = 0;
+  mutable uint64_t FKnownSize = 0;
 };
 
 // Reads the body of one record after its tag into message (which the caller cleared). Returns

@@ -1,0 +1,180 @@
+#include "LogDump.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+
+#include "LogRecord.h"
+
+namespace zentrail::ztlog {
+
+namespace {
+
+constexpr int32_t kDelphiEpochDay = 693594;  // 30 December 1899 in the Date count
+
+void AppendNumber(std::string& out, int64_t value) {
+  char buf[24];
+  auto [ptr, ec] = std::to_chars(buf, buf + sizeof buf, value);
+  (void)ec;
+  out.append(buf, ptr);
+}
+
+}  // namespace
+
+std::string FormatTimeStamp(const TZentrailTimeStamp& stamp, char separator) {
+  using namespace std::chrono;
+  int y = 1899, mo = 12, d = 30;
+  if (stamp.Date >= 1) {
+    const year_month_day ymd{sys_days{year{1899} / December / 30} + days{stamp.Date - kDelphiEpochDay}};
+    y = static_cast<int>(ymd.year());
+    mo = static_cast<int>(static_cast<unsigned>(ymd.month()));
+    d = static_cast<int>(static_cast<unsigned>(ymd.day()));
+  }
+  int64_t ms = stamp.Time;
+  if (ms < 0) ms = 0;
+  const int64_t h = ms / 3600000, mi = ms / 60000 % 60, s = ms / 1000 % 60, z = ms % 1000;
+  char buf[64];
+  std::snprintf(buf, sizeof buf, "%04d-%02d-%02d%c%02lld:%02lld:%02lld.%03lld", y, mo, d, separator,
+                static_cast<long long>(h), static_cast<long long>(mi), static_cast<long long>(s),
+                static_cast<long long>(z));
+  return buf;
+}
+
+void AppendEscapedText(std::string& out, std::string_view text) {
+  static const char kHex[] = "0123456789ABCDEF";
+  for (const char ch : text) {
+    const auto c = static_cast<unsigned char>(ch);
+    switch (c) {
+      case '\t': out += "\\t"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\\': out += "\\\\"; break;
+      default:
+        if (c < 0x20 || c == 0x7F) {
+          out += "\\x";
+          out += kHex[c >> 4];
+          out += kHex[c & 15];
+        } else {
+          out += ch;
+        }
+    }
+  }
+}
+
+void AppendJsonString(std::string& out, std::string_view text) {
+  static const char kHex[] = "0123456789abcdef";
+  out += '"';
+  for (const char ch : text) {
+    const auto c = static_cast<unsigned char>(ch);
+    switch (c) {
+      case '"': out += "\\\""; break;
+      case '\\': out += "\\\\"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\t': out += "\\t"; break;
+      default:
+        if (c < 0x20) {
+          out += "\\u00";
+          out += kHex[c >> 4];
+          out += kHex[c & 15];
+        } else {
+          out += ch;  // text in records is valid UTF-8 already
+        }
+    }
+  }
+  out += '"';
+}
+
+void FormatRecord(std::string& out, Format format, uint64_t n, const TZentrailPacketView& r) {
+  if (format == Format::Lines) {
+    AppendNumber(out, static_cast<int64_t>(n));
+    out += '\t';
+    out += FormatTimeStamp(r.TimeStamp);
+    out += '\t';
+    out += MsgTypeShortName(r.MsgType);
+    out += '\t';
+    out += MsgTypeShortName(r.MsgContent);
+    out += '\t';
+    AppendNumber(out, r.ProcessID);
+    for (std::string_view field : {r.ThreadName, r.AppName, r.Category, r.MsgText}) {
+      out += '\t';
+      AppendEscapedText(out, field);
+    }
+    out += '\n';
+    return;
+  }
+  auto key = [&](const char* name) {
+    out += out.back() == '{' ? "\"" : ",\"";
+    out += name;
+    out += "\":";
+  };
+  auto text = [&](const char* name, std::string_view value) {
+    key(name);
+    AppendJsonString(out, value);
+  };
+  auto number = [&](const char* name, int64_t value) {
+    key(name);
+    AppendNumber(out, value);
+  };
+  out += '{';
+  number("record", static_cast<int64_t>(n));
+  text("time", FormatTimeStamp(r.TimeStamp, 'T'));
+  number("date", r.TimeStamp.Date);
+  number("milliseconds", r.TimeStamp.Time);
+  number("msgType", r.MsgType);
+  text("msgTypeName", MsgTypeShortName(r.MsgType));
+  number("msgContent", r.MsgContent);
+  text("msgContentName", MsgTypeShortName(r.MsgContent));
+  number("processId", r.ProcessID);
+  text("threadName", r.ThreadName);
+  text("appName", r.AppName);
+  text("computerName", r.ComputerName);
+  text("typeName", r.TypeName);
+  text("category", r.Category);
+  number("categoryColor", r.CategoryColor);
+  number("categoryFontColor", r.CategoryFontColor);
+  text("msgText", r.MsgText);
+  text("details", r.Details);
+  out += "}\n";
+}
+
+DumpResult DumpFile(const std::string& path, Format format, std::ostream& out, std::ostream& err) {
+  DumpResult result;
+  TZentrailFileSource source;
+  std::string error;
+  if (!source.Open(path, error)) {
+    err << "ztlog: " << error << '\n';
+    ++result.Problems;
+    return result;
+  }
+  TZentrailLogReader reader(source);
+  TZentrailPacketView record;
+  std::string line;
+  for (;;) {
+    const TZentrailRecordResult r = reader.Next(record);
+    if (r == TZentrailRecordResult::End) break;
+    if (r == TZentrailRecordResult::Ok) {
+      line.clear();
+      FormatRecord(line, format, ++result.Records, record);
+      out.write(line.data(), static_cast<std::streamsize>(line.size()));
+      continue;
+    }
+    ++result.Problems;
+    char tag[16];
+    std::snprintf(tag, sizeof tag, "$%X", reader.Tag());
+    err << path << ": offset " << reader.RecordOffset() << ": ";
+    if (r == TZentrailRecordResult::Unsupported) {
+      err << "unsupported record tag " << tag << '\n';
+      continue;  // reading goes on at the following four bytes
+    }
+    err << "invalid record (tag " << tag << "): " << reader.Error();
+    if (!reader.Resumable()) {
+      err << "; the rest of the file cannot be read\n";
+      break;
+    }
+    err << '\n';
+  }
+  return result;
+}
+
+}  // namespace zentrail::ztlog

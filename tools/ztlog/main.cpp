@@ -1,0 +1,60 @@
+// ztlog: reads Zentrail log files in a terminal or a script.
+#include <cstring>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "LogDump.h"
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: ztlog dump [--json] FILE...\n"
+    "\n"
+    "  dump          print one line per record: number, date and time, type, content,\n"
+    "                process id, thread, application, category and text (tab-separated,\n"
+    "                control characters escaped as \\t \\n \\r \\xNN)\n"
+    "  dump --json   print one JSON object per record with every field\n"
+    "\n"
+    "Damaged records and unknown tags are reported on standard error with their byte offset;\n"
+    "every good record is still printed, and the exit status is then 1.\n";
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  if (argc < 2 || !std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h") ||
+      !std::strcmp(argv[1], "help")) {
+    std::cout << kUsage;
+    return argc < 2 ? 2 : 0;
+  }
+  if (std::strcmp(argv[1], "dump") != 0) {
+    std::cerr << "ztlog: unknown command \"" << argv[1] << "\"\n" << kUsage;
+    return 2;
+  }
+  zentrail::ztlog::Format format = zentrail::ztlog::Format::Lines;
+  std::vector<std::string> files;
+  bool options = true;
+  for (int i = 2; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (options && arg == "--json") {
+      format = zentrail::ztlog::Format::Json;
+    } else if (options && arg == "--") {
+      options = false;
+    } else if (options && arg.size() > 1 && arg[0] == '-') {
+      std::cerr << "ztlog: unknown option \"" << arg << "\"\n" << kUsage;
+      return 2;
+    } else {
+      files.push_back(arg);
+    }
+  }
+  if (files.empty()) {
+    std::cerr << "ztlog: no log file named\n" << kUsage;
+    return 2;
+  }
+  bool problems = false;
+  for (const auto& file : files)
+    problems |= zentrail::ztlog::DumpFile(file, format, std::cout, std::cerr).Problems > 0;
+  std::cout.flush();
+  return problems ? 1 : 0;
+}
