@@ -1,0 +1,194 @@
+#pragma once
+// The dispatcher: takes frames from logging clients on the local socket (and on TCP when asked),
+// keeps their routes and hands each message to the destinations of its route.
+
+#include <sys/types.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TransportPacket.h"
+#include "ZentrailConnection.h"
+
+namespace zentrail {
+
+// Bound on what one queued destination holds; beyond it clients wait for their answer.
+inline constexpr std::size_t ztSinkQueueLimit = 64u * 1024 * 1024;
+
+using TPacket = std::shared_ptr<const std::string>;
+
+class TSink {
+ public:
+  enum class TPush { Taken, Full, Refused };
+  virtual ~TSink() = default;
+  // Main thread: hands one packet over. Full means "try again when told".
+  virtual TPush Push(const TPacket& packet, const TZentrailPacketView& view) = 0;
+  virtual bool HasRoom(std::size_t) const { return true; }
+  // Finishes the work already taken, within the time given, and stops.
+  virtual void Stop(int waitMs) { (void)waitMs; }
+};
+
+// A destination served by a thread of its own from a bounded queue.
+class TQueuedSink : public TSink {
+ public:
+  explicit TQueuedSink(int wakeFd);
+  ~TQueuedSink() override;
+  TPush Push(const TPacket& packet, const TZentrailPacketView& view) override;
+  bool HasRoom(std::size_t bytes) const override;
+  void Stop(int waitMs) override;
+  std::size_t QueuedBytes() const;
+
+ protected:
+  void Start();
+  // Worker thread: deliver one packet; whatever happens, the packet is done afterwards.
+  virtual void Deliver(const std::string& packet) = 0;
+  virtual void Finish() {}
+  // Another thread: cut off a delivery that waits on its peer.
+  virtual void Interrupt() {}
+  bool Abandoned() const { return FAbandon.load(); }
+
+ private:
+  void Run();
+  int FWakeFd;
+  mutable std::mutex FLock;
+  std::condition_variable FCv;
+  std::deque<TPacket> FQueue;
+  std::size_t FBytes = 0;
+  std::atomic<bool> FStopping{false};
+  std::atomic<bool> FAbandon{false};
+  std::atomic<bool> FSomeoneWaits{false};
+  std::thread FThread;
+};
+
+// Forwards to the viewer's socket; drops messages while no viewer runs and finds one that
+// starts later.
+class TViewerSink : public TQueuedSink {
+ public:
+  TViewerSink(int wakeFd, std::string socketPath);
+  ~TViewerSink() override;
+
+ protected:
+  void Deliver(const std::string& packet) override;
+  void Finish() override;
+  void Interrupt() override;
+
+ private:
+  std::string FPath;
+  std::atomic<int> FFd{-1};
+};
+
+// Forwards to a remote dispatcher over TCP, on a route of its own.
+class TTcpSink : public TQueuedSink {
+ public:
+  TTcpSink(int wakeFd, std::string host, uint16_t port, std::string remoteDestination, bool compressed);
+  ~TTcpSink() override;
+
+ protected:
+  void Deliver(const std::string& packet) override;
+  void Finish() override;
+  void Interrupt() override;
+
+ private:
+  bool EnsureConnected();
+  std::string FHost;
+  uint16_t FPort;
+  std::string FRemote;
+  std::string FRouteID;
+  bool FCompressed;
+  TZentrailDeflater FDeflater;
+  std::atomic<int> FFd{-1};
+  std::chrono::steady_clock::time_point FRetryAfter{};
+};
+
+struct TFileOptions {
+  std::string Path;  // folder + file name
+  int64_t MaxSize = 0;  // KiB; 0: no limit
+  int32_t MaxParts = 0;  // rotated parts kept; 0: all
+  bool LogByDate = false;
+  std::string LogByDateFormat = "yyyymmdd";
+  bool Compressed = false;  // rotated parts are gzip-compressed
+};
+
+// Appends log records before the client is answered, so that an answered message is in the file
+// even if the dispatcher is killed right after. A failed write answers 0 and leaves the file as
+// it was before that record.
+class TFileSink : public TSink {
+ public:
+  explicit TFileSink(TFileOptions options);
+  ~TFileSink() override;
+  TPush Push(const TPacket& packet, const TZentrailPacketView& view) override;
+  void Stop(int waitMs) override;
+  const TFileOptions& Options() const { return FOptions; }
+
+ private:
+  std::string CurrentName(int32_t day) const;
+  bool OpenFor(int32_t day);
+  void Rotate();
+  void CloseFile();
+  void CompressLater(std::string path);
+
+  TFileOptions FOptions;
+  int FFd = -1;
+  std::string FOpenName;
+  int32_t FOpenDay = -1;
+  int64_t FSize = 0;
+  std::string FRecord;
+  std::vector<std::thread> FCompressors;
+};
+
+// Names the dated file: yyyy, yy, mm, dd, hh, nn, ss in the format are replaced; the result goes
+// before the extension of the file name, after a "-".
+std::string DatedFileName(const std::string& path, const std::string& format, int32_t day, const struct tm& now);
+// The name of rotated part n of path: "app.ztl" -> "app.3.ztl".
+std::string PartFileName(const std::string& path, int n);
+
+struct TDispatcherOptions {
+  bool Tcp = false;
+  std::string TcpBind = "127.0.0.1";
+  int TcpPort = 3434;  // 0: any free port, written to <runtime>/dispatcher-tcp-port
+  bool Verbose = false;
+};
+
+class TDispatcher {
+ public:
+  explicit TDispatcher(TDispatcherOptions options);
+  ~TDispatcher();
+  // Runs until SIGTERM or SIGINT; the exit status.
+  int Run();
+
+ private:
+  struct TClient;
+  enum class TResult { Refused, Taken, Wait };
+  bool Setup();
+  void Accept(int listenFd, bool tcp);
+  void ReadClient(TClient& client);
+  void ProcessFrames(TClient& client);
+  TResult HandleFrame(uint32_t tag, std::string_view payload);
+  TResult OpenRoute(const TZentrailPacketView& view);
+  std::vector<TSink*> SinksFor(const std::string& destinationText);
+  void CloseClient(int fd);
+  void RetryWaiting();
+  void Shutdown();
+  void Log(const std::string& text) const;
+
+  TDispatcherOptions FOptions;
+  int FEpoll = -1, FUnixListen = -1, FTcpListen = -1, FSignalFd = -1, FWakeFd = -1;
+  std::string FSocketPath, FPortFile;
+  ino_t FSocketInode = 0;
+  std::map<int, std::unique_ptr<TClient>> FClients;
+  std::map<std::string, std::vector<TSink*>> FRoutes;
+  std::map<std::string, std::unique_ptr<TSink>> FSinks;  // by destination entry text
+  TSink* FViewer = nullptr;
+  std::string FPacket;  // inflated packet of the frame being handled
+};
+
+}  // namespace zentrail

@@ -1,0 +1,316 @@
+#include "ZentrailConnection.h"
+
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <cstdio>
+#include <ctime>
+#include <random>
+
+#include "TransportPacket.h"
+#include "ZTChannel.h"
+#include "ZentrailLogger.h"
+#include "ZentrailManager.h"
+#include "ZentrailPlatform.h"
+
+namespace zentrail {
+
+namespace {
+
+int32_t Today() {
+  TZentrailTimeStamp t;
+  ZentrailManager.GetTimeStamp(t);
+  return t.Date;
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------------------------
+// Compression
+
+TZentrailDeflater::TZentrailDeflater() : FStream(nullptr) {
+  auto* z = new z_stream{};
+  if (deflateInit(z, Z_DEFAULT_COMPRESSION) != Z_OK) {
+    delete z;
+    return;
+  }
+  FStream = z;
+}
+
+TZentrailDeflater::~TZentrailDeflater() {
+  if (auto* z = static_cast<z_stream*>(FStream)) {
+    deflateEnd(z);
+    delete z;
+  }
+}
+
+bool TZentrailDeflater::Compress(std::string_view data, std::string& out) {
+  auto* z = static_cast<z_stream*>(FStream);
+  if (!z || deflateReset(z) != Z_OK) return false;
+  out.resize(deflateBound(z, static_cast<uLong>(data.size())));
+  z->next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
+  z->avail_in = static_cast<uInt>(data.size());
+  z->next_out = reinterpret_cast<Bytef*>(out.data());
+  z->avail_out = static_cast<uInt>(out.size());
+  if (deflate(z, Z_FINISH) != Z_STREAM_END) return false;
+  out.resize(z->total_out);
+  return true;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Routes
+
+TZentrailConnection::TZentrailConnection(TZentrailMessageFormat format) : FCompression(format) {
+  if (FCompression == mfCompressed) FDeflater = std::make_unique<TZentrailDeflater>();
+}
+
+TZentrailConnection::~TZentrailConnection() = default;
+
+std::string TZentrailConnection::NewDispatchID() {
+  thread_local std::mt19937_64 rng([] {
+    std::random_device rd;
+    std::seed_seq seq{rd(), rd(), rd(), rd(), static_cast<unsigned>(getpid()),
+                      static_cast<unsigned>(time(nullptr))};
+    return std::mt19937_64(seq);
+  }());
+  uint64_t hi = rng(), lo = rng();
+  // Version 4, variant 1, as a random GUID has them.
+  hi = (hi & 0xFFFFFFFFFFFF0FFFull) | 0x0000000000004000ull;
+  lo = (lo & 0x3FFFFFFFFFFFFFFFull) | 0x8000000000000000ull;
+  char buf[40];
+  std::snprintf(buf, sizeof buf, "%08X-%04X-%04X-%04X-%012llX", static_cast<unsigned>(hi >> 32),
+                static_cast<unsigned>((hi >> 16) & 0xFFFF), static_cast<unsigned>(hi & 0xFFFF),
+                static_cast<unsigned>(lo >> 48), static_cast<unsigned long long>(lo & 0xFFFFFFFFFFFFull));
+  return buf;
+}
+
+TZentrailConnection::TRoute* TZentrailConnection::FindRoute(const std::string& id) {
+  if (id.empty()) return nullptr;
+  for (auto& r : FDispatchIDs)
+    if (r.ID == id) return &r;
+  return nullptr;
+}
+
+TZentrailConnection::TRoute& TZentrailConnection::NewRoute(std::string& dispatchID, int32_t& dispatchIDDate) {
+  dispatchID = NewDispatchID();
+  dispatchIDDate = Today();
+  FDispatchIDs.push_back({dispatchID, std::nullopt});
+  return FDispatchIDs.back();
+}
+
+void TZentrailConnection::FillControl(TZentrailMessage& control, int32_t type, const std::string& id,
+                                      const std::string& category) {
+  control.SetMsgType(type);
+  control.SetMsgContent(ztmText);
+  control.RouteKey = id;
+  control.AppName = ZentrailManager.AppName();
+  control.ComputerName = ZentrailManager.ComputerName();
+  control.ProcessID = ZentrailManager.ProcessID();
+  control.Category = category;
+  ZentrailManager.GetTimeStamp(control.TimeStamp);
+}
+
+void TZentrailConnection::CloseRoute(TRoute& route, const std::string& category) {
+  if (!route.Code) return;
+  TZentrailMessage control;
+  FillControl(control, ztmCloseRoute, route.ID, category);
+  try {
+    InternalSend(control);
+  } catch (...) {
+  }
+  route.Code.reset();
+}
+
+void TZentrailConnection::CloseAllRoutes() {
+  std::lock_guard lock(FMonitor);
+  for (auto& route : FDispatchIDs) CloseRoute(route, {});
+  FDispatchIDs.clear();
+}
+
+void TZentrailConnection::ForgetAnnouncedRoutes() {
+  // Called from the transport, which may run under the monitor: the routes are forgotten at the
+  // start of the next send.
+  FRoutesLost.store(true);
+}
+
+int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailMessage& message,
+                                             std::string& dispatchID, int32_t& dispatchIDDate) {
+  {
+    std::lock_guard lock(FMonitor);
+    if (FRoutesLost.exchange(false))
+      for (auto& r : FDispatchIDs) r.Code.reset();
+    if (!Connect()) return 0;
+    TRoute* route = FindRoute(dispatchID);
+    if (!route || Today() - 1 > dispatchIDDate) route = &NewRoute(dispatchID, dispatchIDDate);
+    TZentrailDestination& destination = logger.EffectiveDestination();
+    int32_t code = destination.DestinationCode();
+    if (!route->Code || *route->Code != code) {
+      if (route->Code) {
+        CloseRoute(*route, logger.Category());
+        route = &NewRoute(dispatchID, dispatchIDDate);
+      }
+      destination.Validate();  // an invalid destination raises to the application
+      TZentrailMessage control;
+      FillControl(control, ztmOpenRoute, route->ID, logger.Category());
+      control.MsgText = destination.AsString();
+      int announced = 0;
+      try {
+        announced = InternalSend(control);
+      } catch (...) {
+        announced = 0;
+      }
+      if (announced == 0) return 0;
+      route->Code = code;
+    }
+    message.RouteKey = route->ID;
+  }
+  try {
+    return InternalSend(message);
+  } catch (...) {
+    return 0;
+  }
+}
+
+uint32_t TZentrailConnection::EncodeFrame(const TZentrailMessage& message, std::string& payload) {
+  payload.clear();
+  message.AppendTransportPacket(payload);
+  if (FCompression == mfCompressed && FDeflater) {
+    thread_local std::string compressed;
+    std::lock_guard lock(FDeflateLock);
+    if (FDeflater->Compress(payload, compressed)) {
+      payload.swap(compressed);
+      return ztCompressedPacketTag;
+    }
+  }
+  return ztPacketTag;
+}
+
+// ---------------------------------------------------------------------------------------------
+// The local socket
+
+TZentrailCopyDataConnection::TZentrailCopyDataConnection(TZentrailMessageFormat format)
+    : TZentrailConnection(format) {}
+
+TZentrailCopyDataConnection::~TZentrailCopyDataConnection() {
+  // Closing the routes never starts a dispatcher: InternalSend only connects to a running one.
+  CloseAllRoutes();
+  DropIdleSockets();
+}
+
+int TZentrailCopyDataConnection::TakeSocket() {
+  {
+    std::lock_guard lock(FPoolLock);
+    if (!FIdle.empty()) {
+      int fd = FIdle.back();
+      FIdle.pop_back();
+      return fd;
+    }
+  }
+  std::string error;
+  std::string path = DispatcherSocketPath(error);
+  if (path.empty()) return -1;
+  return ConnectUnixSocket(path, error);
+}
+
+void TZentrailCopyDataConnection::ReturnSocket(int fd) {
+  std::lock_guard lock(FPoolLock);
+  FIdle.push_back(fd);
+}
+
+void TZentrailCopyDataConnection::DropIdleSockets() {
+  std::lock_guard lock(FPoolLock);
+  for (int fd : FIdle) close(fd);
+  FIdle.clear();
+}
+
+bool TZentrailCopyDataConnection::Connect() {
+  {
+    std::lock_guard lock(FPoolLock);
+    if (!FIdle.empty()) return true;
+  }
+  std::string error;
+  std::string path = DispatcherSocketPath(error);
+  if (path.empty()) return false;
+  int fd = ConnectUnixSocket(path, error);
+  if (fd < 0) {
+    if (!StartDispatcher(path)) return false;
+    fd = ConnectUnixSocket(path, error);
+    if (fd < 0) return false;
+  }
+  ReturnSocket(fd);
+  return true;
+}
+
+int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
+  thread_local std::string payload;
+  uint32_t tag = EncodeFrame(message, payload);
+  int fd = TakeSocket();
+  if (fd < 0) return 0;
+  std::string error;
+  int result = SendFrameAndWaitReply(fd, tag, payload, error);
+  if (result < 0) {
+    // The dispatcher is gone: its sockets are useless, and a new one must hear of the routes again.
+    close(fd);
+    DropIdleSockets();
+    ForgetAnnouncedRoutes();
+    return 0;
+  }
+  ReturnSocket(fd);
+  return result;
+}
+
+void TZentrailCopyDataConnection::CloseDispatcher() {
+  std::string error;
+  std::string path = DispatcherSocketPath(error);
+  if (path.empty()) return;
+  int fd = ConnectUnixSocket(path, error);
+  if (fd < 0) return;
+  ucred cred{};
+  socklen_t len = sizeof cred;
+  if (getsockopt(fd, SOL_SOCKET, SO_PEERCRED, &cred, &len) == 0 && cred.pid > 0 && cred.uid == geteuid())
+    kill(cred.pid, SIGTERM);
+  close(fd);
+  DropIdleSockets();
+}
+
+// ---------------------------------------------------------------------------------------------
+// TCP
+
+TZentrailTcpConnection::TZentrailTcpConnection(std::string host, uint16_t port, TZentrailMessageFormat format)
+    : TZentrailConnection(format), FHost(std::move(host)), FPort(port) {}
+
+TZentrailTcpConnection::~TZentrailTcpConnection() {
+  bool connected;
+  {
+    std::lock_guard lock(FTcpLock);
+    connected = FFd >= 0;
+  }
+  if (connected) CloseAllRoutes();
+  std::lock_guard lock(FTcpLock);
+  if (FFd >= 0) close(FFd);
+  FFd = -1;
+}
+
+int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
+  thread_local std::string payload;
+  uint32_t tag = EncodeFrame(message, payload);
+  std::lock_guard lock(FTcpLock);
+  std::string error;
+  if (FFd < 0) {
+    // A bounded connect: an unreachable host must not hold the application for minutes.
+    FFd = ConnectTcp(FHost, FPort, 5000, error);
+    if (FFd < 0) return 0;
+  }
+  int result = SendFrameAndWaitReply(FFd, tag, payload, error);
+  if (result < 0) {
+    close(FFd);
+    FFd = -1;
+    ForgetAnnouncedRoutes();
+    return 0;
+  }
+  return result;
+}
+
+}  // namespace zentrail

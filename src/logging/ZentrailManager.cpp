@@ -1,0 +1,157 @@
+#include "ZentrailManager.h"
+
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <ctime>
+#include <new>
+
+#include "ZentrailLogger.h"
+
+namespace zentrail {
+
+namespace {
+
+// Days from 30 December 1899 to 1 January 1970.
+constexpr int32_t kUnixEpochDays = 25569;
+
+pid_t CurrentThreadId() { return static_cast<pid_t>(syscall(SYS_gettid)); }
+
+std::string ExecutableBaseName() {
+  char buf[4096];
+  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
+  std::string path = n > 0 ? std::string(buf, static_cast<std::size_t>(n)) : std::string();
+  if (path.empty()) {
+    std::string comm;
+    if (FILE* f = std::fopen("/proc/self/comm", "r")) {
+      char line[64] = {};
+      if (std::fgets(line, sizeof line, f)) comm = line;
+      std::fclose(f);
+    }
+    while (!comm.empty() && (comm.back() == '\n' || comm.back() == '\r')) comm.pop_back();
+    return comm;
+  }
+  auto slash = path.rfind('/');
+  std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+  // "(deleted)" is added by the kernel when the file was replaced while running.
+  if (auto d = name.find(" (deleted)"); d != std::string::npos) name.erase(d);
+  if (auto dot = name.rfind('.'); dot != std::string::npos && dot > 0) name.erase(dot);
+  return name;
+}
+
+std::string MachineName() {
+  char buf[256] = {};
+  if (gethostname(buf, sizeof buf - 1) != 0) return {};
+  std::string name(buf);
+  if (name.size() > 32) name.resize(32);
+  return name;
+}
+
+}  // namespace
+
+TZentrailManager::TZentrailManager() {
+  FAppName = ExecutableBaseName();
+  FComputerName = MachineName();
+  FProcessID = static_cast<uint32_t>(getpid());
+  FConnection = std::make_shared<TZentrailCopyDataConnection>(mfDefault);
+  FDefaultDestination.Viewer().SetActive(true);
+
+  // Take the wall clock and the monotonic clock as close together as possible.
+  FBaseCount = std::chrono::steady_clock::now();
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  time_t seconds = now.tv_sec;
+  tm local{};
+  localtime_r(&seconds, &local);
+  FBaseMilliseconds = (int64_t(local.tm_hour) * 3600 + local.tm_min * 60 + local.tm_sec) * 1000 +
+                      now.tv_nsec / 1000000;
+  // The local calendar day as a day count: timegm of the local broken-down date gives the same
+  // day number that the local date has.
+  tm dateOnly{};
+  dateOnly.tm_year = local.tm_year;
+  dateOnly.tm_mon = local.tm_mon;
+  dateOnly.tm_mday = local.tm_mday;
+  FBaseDate = static_cast<int32_t>(timegm(&dateOnly) / 86400) + kUnixEpochDays;
+}
+
+TZentrailManager::~TZentrailManager() = default;
+
+std::shared_ptr<TZentrailConnection> TZentrailManager::Connection() const {
+  std::lock_guard lock(FConnectionLock);
+  return FConnection;
+}
+
+void TZentrailManager::SetConnection(std::shared_ptr<TZentrailConnection> connection) {
+  std::shared_ptr<TZentrailConnection> old;
+  {
+    std::lock_guard lock(FConnectionLock);
+    old = std::move(FConnection);
+    FConnection = std::move(connection);
+  }
+  // The old connection closes its routes when the last send that holds it is done.
+}
+
+void TZentrailManager::ConnectUsingCopyData(TZentrailMessageFormat format) {
+  SetConnection(std::make_shared<TZentrailCopyDataConnection>(format));
+}
+
+void TZentrailManager::ConnectUsingTcp(const std::string& host, uint16_t port, TZentrailMessageFormat format) {
+  SetConnection(std::make_shared<TZentrailTcpConnection>(host, port, format));
+}
+
+void TZentrailManager::ConnectUsingTcp(const std::string& host, TZentrailMessageFormat format) {
+  ConnectUsingTcp(host, 3434, format);
+}
+
+void TZentrailManager::ConnectUsingTcp(TZentrailMessageFormat format) { ConnectUsingTcp("localhost", 3434, format); }
+
+void TZentrailManager::GetTimeStamp(TZentrailTimeStamp& timeStamp) const {
+  auto elapsed = std::chrono::steady_clock::now() - FBaseCount;
+  int64_t ms = FBaseMilliseconds +
+               (std::chrono::duration_cast<std::chrono::microseconds>(elapsed).count() + 500) / 1000;
+  timeStamp.Date = FBaseDate + static_cast<int32_t>(ms / 86400000);
+  timeStamp.Time = static_cast<int32_t>(ms % 86400000);
+}
+
+std::string TZentrailManager::GetCurrentThreadName() {
+  pid_t id = CurrentThreadId();
+  std::lock_guard lock(FThreadMapCriticalSection);
+  auto [it, inserted] = FThreadMap.try_emplace(id);
+  if (inserted) it->second = std::to_string(id);
+  return it->second;
+}
+
+void TZentrailManager::SetCurrentThreadName(std::string_view name) {
+  pid_t id = CurrentThreadId();
+  std::lock_guard lock(FThreadMapCriticalSection);
+  FThreadMap[id] = std::string(name);
+}
+
+// ---------------------------------------------------------------------------------------------
+// The globals live in static storage and are built by the first initialiser object that runs,
+// so that static constructors anywhere may log, and torn down by the last one.
+
+namespace {
+alignas(TZentrailManager) unsigned char gManagerStorage[sizeof(TZentrailManager)];
+alignas(TZentrailLogger) unsigned char gLoggerStorage[sizeof(TZentrailLogger)];
+int gInitCount = 0;
+}  // namespace
+
+TZentrailManager& ZentrailManager = *reinterpret_cast<TZentrailManager*>(gManagerStorage);
+TZentrailLogger& ZentrailLog = *reinterpret_cast<TZentrailLogger*>(gLoggerStorage);
+
+TZentrailClientInit::TZentrailClientInit() {
+  if (gInitCount++ == 0) {
+    new (gManagerStorage) TZentrailManager();
+    new (gLoggerStorage) TZentrailLogger();
+  }
+}
+
+TZentrailClientInit::~TZentrailClientInit() {
+  if (--gInitCount == 0) {
+    reinterpret_cast<TZentrailLogger*>(gLoggerStorage)->~TZentrailLogger();
+    reinterpret_cast<TZentrailManager*>(gManagerStorage)->~TZentrailManager();
+  }
+}
+
+}  // namespace zentrail

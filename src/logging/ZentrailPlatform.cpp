@@ -1,0 +1,148 @@
+#include "ZentrailPlatform.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+#include "ZTChannel.h"
+#if __has_include("ZTRegistry.h")
+#include "ZTRegistry.h"
+#else
+#include <fstream>
+namespace zentrail {
+// Stand-in until the shared registry reader is in place.
+inline bool ReadRegistryString(const std::string& key, const std::string& name, std::string& value) {
+  const char* env = std::getenv("ZENTRAIL_REGISTRY");
+  std::ifstream in(env && *env ? env : "/etc/zentrail/registry.ini");
+  if (!in) return false;
+  std::string line;
+  bool inKey = false, found = false;
+  value.clear();
+  while (std::getline(in, line)) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty() && line[0] == '[') {
+      inKey = line == "[" + key + "]";
+      found = found || inKey;
+      continue;
+    }
+    if (inKey && line.rfind(name + "=", 0) == 0) value = line.substr(name.size() + 1);
+  }
+  return found;
+}
+}  // namespace zentrail
+#endif
+
+extern char** environ;
+
+namespace zentrail {
+
+namespace {
+
+bool IsExecutableFile(const std::string& path) {
+  struct stat st{};
+  return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) && access(path.c_str(), X_OK) == 0;
+}
+
+std::string RegistryDispatcherValue() {
+  std::string value;
+  if (ReadRegistryString("Software\\Orvan\\Zentrail\\5.0", "Dispatcher", value)) return value;
+  // The policies key is only asked when the main key cannot be opened at all.
+  if (ReadRegistryString("Software\\Policies\\Orvan\\Zentrail\\5.0", "Dispatcher", value)) return value;
+  return {};
+}
+
+}  // namespace
+
+std::string RunningExecutableFolder() {
+  char buf[4096];
+  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
+  if (n <= 0) return {};
+  std::string path(buf, static_cast<std::size_t>(n));
+  auto slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
+std::string FindDispatcherExecutable() {
+  std::string registered = RegistryDispatcherValue();
+  if (!registered.empty()) {
+    // A registered path is taken as it stands: when it names a missing file there is no start,
+    // rather than a surprise start of some other copy.
+    return IsExecutableFile(registered) ? registered : std::string();
+  }
+  const std::string name = "zentrail-dispatcher";
+  std::string beside = RunningExecutableFolder() + "/" + name;
+  if (IsExecutableFile(beside)) return beside;
+  if (const char* path = std::getenv("PATH")) {
+    std::string_view rest(path);
+    while (!rest.empty()) {
+      auto colon = rest.find(':');
+      std::string dir(rest.substr(0, colon));
+      rest = colon == std::string_view::npos ? std::string_view() : rest.substr(colon + 1);
+      if (dir.empty()) continue;
+      std::string candidate = dir + "/" + name;
+      if (IsExecutableFile(candidate)) return candidate;
+    }
+  }
+  return {};
+}
+
+bool StartDispatcher(const std::string& socketPath) {
+  std::string program = FindDispatcherExecutable();
+  if (program.empty()) return false;
+
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+  // The application's own descriptors are no business of the dispatcher.
+  posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+  posix_spawnattr_t attr;
+  posix_spawnattr_init(&attr);
+  sigset_t none, all;
+  sigemptyset(&none);
+  sigfillset(&all);
+  posix_spawnattr_setsigmask(&attr, &none);
+  posix_spawnattr_setsigdefault(&attr, &all);
+  // Its own session, so that the terminal's signals to the application do not stop it.
+  posix_spawnattr_setflags(&attr, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  char* argv[] = {const_cast<char*>(program.c_str()), nullptr};
+  pid_t pid = -1;
+  int rc = posix_spawn(&pid, program.c_str(), &actions, &attr, argv, environ);
+  posix_spawn_file_actions_destroy(&actions);
+  posix_spawnattr_destroy(&attr);
+  if (rc != 0) return false;
+
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  auto pause = std::chrono::milliseconds(1);
+  bool exited = false;
+  while (std::chrono::steady_clock::now() < deadline) {
+    std::string error;
+    int fd = ConnectUnixSocket(socketPath, error);
+    if (fd >= 0) {
+      close(fd);
+      return true;
+    }
+    if (!exited) {
+      int status = 0;
+      // A dispatcher that lost the race to another one exits at once; the other one answers.
+      if (waitpid(pid, &status, WNOHANG) == pid) {
+        exited = true;
+        deadline = std::min(deadline, std::chrono::steady_clock::now() + std::chrono::seconds(1));
+      }
+    }
+    std::this_thread::sleep_for(pause);
+    if (pause < std::chrono::milliseconds(50)) pause *= 2;
+  }
+  return false;
+}
+
+}  // namespace zentrail

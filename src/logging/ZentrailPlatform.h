@@ -1,0 +1,18 @@
+#pragma once
+// Finding and starting the dispatcher program. Internal to the client library.
+
+#include <string>
+
+namespace zentrail {
+
+// The dispatcher program: the registry value "Dispatcher", else "zentrail-dispatcher" beside the
+// running executable, else in the folders of PATH. Empty when no such file exists.
+std::string FindDispatcherExecutable();
+
+// Starts the dispatcher if a program is found and waits, at most 10 s, until socketPath answers.
+bool StartDispatcher(const std::string& socketPath);
+
+// The folder of the running executable, without a trailing "/".
+std::string RunningExecutableFolder();
+
+}  // namespace zentrail
