@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "ZTCustomViewIntf.h"
+#include "ZentrailMessage.h"
 #include "ZTVList.h"
 
 class QMenu;
@@ -219,6 +220,11 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   // The rectangle of the message text of a row laid out in rowRect.
   QRect MessageRect(const QRect& rowRect, int32_t indent, int32_t msgType) const;
 
+  // Texts of the time column: against the previous row, against the first row; both move the cursor.
+  QString GetTimeDifference(int32_t row, const TZentrailTimeStamp& stamp);
+  QString GetTimeOffset(const TZentrailTimeStamp& stamp);
+  static QString FormatTimeDiff(int64_t milliseconds);
+
   // The text of a row as the hint and the cut step see it.
   static QString CutText(const QString& text, int width, const QFontMetrics& metrics);
 
@@ -237,6 +243,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
 
  private:
   IZentrailApplication* App() const;
+  void SetItemFlag(int32_t item, bool selected);
+  bool CollapseAtExitInternal(int32_t row, bool notify);
   void PostDetailsNotice();
   bool MeasureColumn(int index, std::string_view text);
   void DrawSeparator(QPainter& painter, int32_t type, int32_t indent, const QRect& rect, bool selected,
@@ -254,6 +262,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   int32_t FIndentLevel = 0;
   TZTIntegerList FIndents;
   TZTIntegerList FSelections;
+  int32_t FSelectedCount = 0;  // items whose flag is set; lets clearing skip an empty selection
   bool FChangingItems = false;
   std::array<int32_t, 10> FBookmarks{};
   int32_t FSyncMsgRecNo = -1;

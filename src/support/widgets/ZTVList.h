@@ -93,6 +93,8 @@ class TZTCustomVirtualListBox : public QAbstractScrollArea {
   int32_t HorzPosition() const { return FHorzPosition; }
   void SetHorzPosition(int32_t position);
   int32_t AnchorIndex() const { return FAnchor; }
+  // The row a Shift range starts from; programs that move the focus set it with the focus.
+  void SetAnchorIndex(int32_t row) { FAnchor = row < FNumItems ? row : FNumItems - 1; }
   int32_t UpdateCount() const { return FUpdateCount; }
   bool Updating() const { return FUpdateCount > 0; }
 

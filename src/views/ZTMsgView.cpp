@@ -1,0 +1,919 @@
+#include "ZTMsgView.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QTimer>
+#include <algorithm>
+#include <stdexcept>
+
+#include "ZTPromptService.h"
+#include "ZentrailMessageSet.h"
+
+namespace zentrail {
+
+namespace {
+
+// Keeps an update bracket balanced on every way out, exceptions included.
+class TUpdateGuard {
+ public:
+  explicit TUpdateGuard(TZTMessageView& view) : FView(view) { FView.BeginUpdate(); }
+  ~TUpdateGuard() noexcept(false) {
+    // An exception already on its way wins over a bracket failure.
+    if (std::uncaught_exceptions() > 0) {
+      try {
+        FView.EndUpdate();
+      } catch (...) {
+      }
+    } else {
+      FView.EndUpdate();
+    }
+  }
+  TUpdateGuard(const TUpdateGuard&) = delete;
+  TUpdateGuard& operator=(const TUpdateGuard&) = delete;
+
+ private:
+  TZTMessageView& FView;
+};
+
+bool EqualAsciiNoCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    char x = a[i], y = b[i];
+    if (x >= 'A' && x <= 'Z') x = static_cast<char>(x - 'A' + 'a');
+    if (y >= 'A' && y <= 'Z') y = static_cast<char>(y - 'A' + 'a');
+    if (x != y) return false;
+  }
+  return true;
+}
+
+bool InSet(const TZTFilterMsgTypeSet& set, int32_t code) {
+  return code >= 0 && code < static_cast<int32_t>(set.size()) && set.test(static_cast<size_t>(code));
+}
+
+[[noreturn]] void IndexFailure(int32_t index) {
+  throw std::out_of_range("List index out of bounds (" + std::to_string(index) + ")");
+}
+
+}  // namespace
+
+// ---- lists -------------------------------------------------------------------------------------
+
+int32_t TZTViewItemList::Add(const TZTViewItem& item) {
+  FItems.push_back(item);
+  return Count() - 1;
+}
+
+void TZTViewItemList::Insert(int32_t index, const TZTViewItem& item) {
+  if (index < 0 || index > Count()) IndexFailure(index);
+  FItems.insert(FItems.begin() + index, item);
+}
+
+TZTViewItem& TZTViewItemList::GetItems(int32_t index) {
+  if (index < 0 || index >= Count()) IndexFailure(index);
+  return FItems[static_cast<size_t>(index)];
+}
+
+const TZTViewItem& TZTViewItemList::GetItems(int32_t index) const {
+  if (index < 0 || index >= Count()) IndexFailure(index);
+  return FItems[static_cast<size_t>(index)];
+}
+
+void TZTViewItemList::SetItems(int32_t index, const TZTViewItem& item) { GetItems(index) = item; }
+
+void TZTViewItemList::Delete(int32_t index) {
+  if (index < 0 || index >= Count()) IndexFailure(index);
+  FItems.erase(FItems.begin() + index);
+}
+
+int32_t TZTIntegerList::Add(int32_t value) {
+  FItems.push_back(value);
+  return Count() - 1;
+}
+
+void TZTIntegerList::Insert(int32_t index, int32_t value) {
+  if (index < 0 || index > Count()) IndexFailure(index);
+  FItems.insert(FItems.begin() + index, value);
+}
+
+int32_t TZTIntegerList::GetItems(int32_t index) const {
+  if (index < 0 || index >= Count()) IndexFailure(index);
+  return FItems[static_cast<size_t>(index)];
+}
+
+void TZTIntegerList::SetItems(int32_t index, int32_t value) {
+  if (index < 0 || index >= Count()) IndexFailure(index);
+  FItems[static_cast<size_t>(index)] = value;
+}
+
+int32_t TZTIntegerList::IndexOf(int32_t value) const {
+  const auto it = std::find(FItems.begin(), FItems.end(), value);
+  return it == FItems.end() ? -1 : static_cast<int32_t>(it - FItems.begin());
+}
+
+void TZTIntegerList::Delete(int32_t index) { DeleteRange(index, 1); }
+
+void TZTIntegerList::DeleteRange(int32_t index, int32_t count) {
+  if (count <= 0) return;
+  if (index < 0 || index + static_cast<int64_t>(count) > Count()) IndexFailure(index);
+  FItems.erase(FItems.begin() + index, FItems.begin() + index + count);
+}
+
+// ---- creation ----------------------------------------------------------------------------------
+
+TZTMessageView::TZTMessageView(QWidget* parent, IZentrailApplication* app) : TZTVirtualListBox(parent), FApp(app) {
+  FBookmarks.fill(-1);
+  SetNumItems(0);
+  SetScrollBars(TZTScrollBars::Both);
+  SetShowHeader(true);
+  SetBorderStyle(TZTBorderStyle::None);
+  SetSelectBackColor(0x00F0CDAA);
+  SetSelectTextColor(0x00502805);
+  OnIsSelected = [this](int32_t row, bool& selected) { selected = IsSelected(row); };
+  OnSelect = [this](int32_t row, bool selected) { Select(row, selected); };
+  FOwnMessageImages = CreateMessageImageList(this);
+  FOwnBookmarkImages = CreateBookmarkImageList(this);
+  setMouseTracking(true);
+
+  // A held key or a drag produces many selection changes; the details follow once input settles.
+  FDetailsTimer = new QTimer(this);
+  FDetailsTimer->setSingleShot(true);
+  FDetailsTimer->setInterval(0);
+  connect(FDetailsTimer, &QTimer::timeout, this, [this] {
+    if (IZentrailApplication* app = App()) app->UpdateMessageDetails();
+    emit SelectionChanged();
+  });
+  connect(this, &TZTCustomVirtualListBox::SelectionChangedByUser, this, [this] { PostDetailsNotice(); });
+  UpdateColumnWidths();
+}
+
+TZTMessageView::~TZTMessageView() = default;
+
+IZTMessageView* TZTMessageView::Create(QWidget* owner) { return new TZTMessageView(owner); }
+
+IZentrailApplication* TZTMessageView::App() const { return FApp ? FApp : ZentrailApplication(); }
+
+void TZTMessageView::PostDetailsNotice() { FDetailsTimer->start(); }
+
+// ---- filter ------------------------------------------------------------------------------------
+
+bool TZTMessageView::AcceptMessage() {
+  const TZentrailMessageSet& ms = MessageSet;
+  const TZTFilterCriteria& c = FFilterCriteria;
+  if (c.CheckAppName && !EqualAsciiNoCase(ms.GetAppName(), c.AppName)) return false;
+  if (c.CheckCategory && !EqualAsciiNoCase(ms.GetCategory(), c.Category)) return false;
+  if (c.CheckProcessID && ms.GetProcessID() != c.ProcessID) return false;
+  if (c.CheckThreadName && !EqualAsciiNoCase(ms.GetThreadName(), c.ThreadName)) return false;
+  if (c.CheckComputerName && !EqualAsciiNoCase(ms.GetComputerName(), c.ComputerName)) return false;
+  if (c.CheckMessageText && !FMessageTextRegEx.Match(ms.GetMsgText())) return false;
+  if (c.CheckMsgTypes && !InSet(c.MsgTypeSet, ms.GetMsgType()) && !InSet(c.MsgContentSet, ms.GetMsgContent()))
+    return false;
+  return true;
+}
+
+void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria = FFilterCriteria; }
+
+void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
+  FFilterCriteria = criteria;
+  // Built whether or not the text is checked, so a bad pattern shows when it is set.
+  FMessageTextRegEx.Compile(FFilterCriteria.MessageText);
+}
+
+namespace {
+
+std::string SetToText(const TZTFilterMsgTypeSet& set) {
+  std::string text(47, '0');
+  for (int i = 0; i < 46; ++i)
+    if (set.test(static_cast<size_t>(i))) text[static_cast<size_t>(i)] = '1';
+  if (set.test(100)) text[46] = '1';
+  return text;
+}
+
+TZTFilterMsgTypeSet TextToSet(const std::string& text) {
+  TZTFilterMsgTypeSet set;
+  if (text.empty()) return set;
+  for (size_t i = 0; i + 1 < text.size() && i < 256; ++i)
+    if (text[i] == '1') set.set(i);
+  if (text.back() == '1') set.set(100);
+  return set;
+}
+
+}  // namespace
+
+void TZTMessageView::ReadSettings(ICustomViewReadSettings& settings) {
+  TZTFilterCriteria c;
+  c.CheckAppName = settings.ReadBool("CheckAppName", false);
+  c.AppName = settings.ReadString("AppName", "");
+  c.CheckCategory = settings.ReadBool("CheckCategory", false);
+  c.Category = settings.ReadString("Category", "");
+  c.CheckProcessID = settings.ReadBool("CheckProcessID", false);
+  c.ProcessID = static_cast<uint32_t>(settings.ReadInteger("ProcessID", 0));
+  c.CheckThreadName = settings.ReadBool("CheckThreadName", false);
+  c.ThreadName = settings.ReadString("ThreadName", "");
+  c.CheckComputerName = settings.ReadBool("CheckComputerName", false);
+  c.ComputerName = settings.ReadString("ComputerName", "");
+  c.CheckMessageText = settings.ReadBool("CheckMessageText", false);
+  c.MessageText = settings.ReadString("MessageText", "");
+  c.CheckMsgTypes = settings.ReadBool("CheckMsgTypes", false);
+  c.MsgTypeSet = TextToSet(settings.ReadString("MsgTypeSet", ""));
+  c.MsgContentSet = TextToSet(settings.ReadString("MsgContentSet", ""));
+  SetFilterCriteria(c);
+}
+
+void TZTMessageView::WriteSettings(ICustomViewWriteSettings& settings) {
+  TZTFilterCriteria c;
+  GetFilterCriteria(c);
+  settings.WriteBool("CheckMsgTypes", c.CheckMsgTypes);
+  if (c.CheckMsgTypes) {
+    settings.WriteString("MsgTypeSet", SetToText(c.MsgTypeSet));
+    settings.WriteString("MsgContentSet", SetToText(c.MsgContentSet));
+  }
+  settings.WriteBool("CheckAppName", c.CheckAppName);
+  if (c.CheckAppName) settings.WriteString("AppName", c.AppName);
+  settings.WriteBool("CheckCategory", c.CheckCategory);
+  if (c.CheckCategory) settings.WriteString("Category", c.Category);
+  settings.WriteBool("CheckProcessID", c.CheckProcessID);
+  if (c.CheckProcessID) settings.WriteInteger("ProcessID", static_cast<int32_t>(c.ProcessID));
+  settings.WriteBool("CheckThreadName", c.CheckThreadName);
+  if (c.CheckThreadName) settings.WriteString("ThreadName", c.ThreadName);
+  settings.WriteBool("CheckComputerName", c.CheckComputerName);
+  if (c.CheckComputerName) settings.WriteString("ComputerName", c.ComputerName);
+  settings.WriteBool("CheckMessageText", c.CheckMessageText);
+  if (c.CheckMessageText) settings.WriteString("MessageText", c.MessageText);
+}
+
+// ---- adding ------------------------------------------------------------------------------------
+
+void TZTMessageView::AddMessage(bool force) {
+  if (!force && !AcceptMessage()) return;
+  TZentrailMessageSet& ms = MessageSet;
+  const int32_t recNo = ms.RecNo;
+  const int32_t row = InternalAddMessage();
+  // A row that a collapse took away again lies beyond the end: then nothing scrolls.
+  if (AutoScroll && row < NumItems()) SetTopIndex(row);
+  ms.GotoRec(recNo);
+  bool grew = MeasureColumn(3, ms.GetAppName());
+  grew = MeasureColumn(2, ms.GetCategory()) || grew;
+  grew = MeasureColumn(4, ms.GetComputerName()) || grew;
+  grew = MeasureColumn(6, ms.GetThreadName()) || grew;
+  if (grew && !Updating()) viewport()->update();
+  ms.GotoRec(recNo);
+}
+
+int32_t TZTMessageView::InternalAddMessage() {
+  TZentrailMessageSet& ms = MessageSet;
+  const int32_t type = ms.GetMsgType();
+  int32_t indent;
+  bool collapseDue = false;
+  if (type == ztmEnterMethod) {
+    // The Enter row stands at the level of its caller.
+    indent = FIndentLevel++;
+  } else if (type == ztmExitMethod || type == ztmExitMethodCollapse) {
+    if (FIndentLevel > 0) --FIndentLevel;
+    indent = FIndentLevel;
+    if (type == ztmExitMethodCollapse) {
+      // Only the first view that takes the message sees it as a collapse request.
+      ms.SetMsgType(ztmExitMethod);
+      collapseDue = true;
+    }
+  } else {
+    indent = FIndentLevel;
+  }
+  const int32_t recNo = ms.RecNo;
+  const int32_t item = FItems.Add(TZTViewItem(recNo));
+  FRows.Add(item);
+  FIndents.Add(indent);
+  FSelections.Add(0);
+  const int32_t row = NumItems();
+  SetNumItems(row + 1);
+  if (collapseDue) {
+    if (FRows.Count() > 1) CollapseAtExit(row);
+  } else if (AutoCollapse && type == ztmExitMethod && FRows.Count() > 1) {
+    const TZTViewItem& above = FItems.GetItems(FRows.GetItems(row - 1));
+    if (!above.Collapsed) {
+      ms.GotoRec(above.RecNo);
+      if (ms.GetMsgType() == ztmEnterMethod) CollapseMethod(row - 1);
+      ms.GotoRec(recNo);
+    }
+  }
+  return row;
+}
+
+void TZTMessageView::ClearView() {
+  BeginUpdate();
+  FChangingItems = true;
+  try {
+    SetNumItems(0);
+    FItems.Clear();
+    FRows.Clear();
+    FIndents.Clear();
+    FIndentLevel = 0;
+    ClearBookmarks();
+    FSelections.Clear();
+    FSelectedCount = 0;
+    UpdateColumnWidths();
+    SetHorzPosition(0);
+    UpdateScrollBars();
+  } catch (...) {
+    FChangingItems = false;
+    EndUpdate();
+    throw;
+  }
+  EndUpdate();
+  FChangingItems = false;
+}
+
+void TZTMessageView::ResetIndentLevel() { FIndentLevel = 0; }
+
+// ---- rows and items ----------------------------------------------------------------------------
+
+int32_t TZTMessageView::GetMsgRecNo(int32_t row) { return FItems.GetItems(FRows.GetItems(row)).RecNo; }
+
+int32_t TZTMessageView::GetIndentLevel(int32_t row) { return FIndents.GetItems(FRows.GetItems(row)); }
+
+bool TZTMessageView::SelectCurrentRecord() {
+  if (ItemIndex() < 0) return false;
+  SelectRecord(ItemIndex());
+  return true;
+}
+
+void TZTMessageView::SelectRecord(int32_t row) { MessageSet.GotoRec(GetMsgRecNo(row)); }
+
+int32_t TZTMessageView::GetFocusedMsgIndex() { return ItemIndex(); }
+
+void TZTMessageView::SetFocusedMsgIndex(int32_t row) {
+  SetItemIndex(row);
+  SetAnchorIndex(ItemIndex());
+}
+
+bool TZTMessageView::Focused() { return hasFocus(); }
+
+void TZTMessageView::BeginUpdate() { TZTVirtualListBox::BeginUpdate(); }
+
+void TZTMessageView::EndUpdate() { TZTVirtualListBox::EndUpdate(); }
+
+void TZTMessageView::Invalidate() { viewport()->update(); }
+
+void TZTMessageView::SetPopupMenu(QMenu* menu) { FPopupMenu = menu; }
+
+void TZTMessageView::SetSyncMsgRecNo(int32_t recNo) {
+  FSyncMsgRecNo = recNo;
+  viewport()->update();
+}
+
+// ---- selection ---------------------------------------------------------------------------------
+
+bool TZTMessageView::IsSelected(int32_t row) const {
+  if (FSelections.Count() == 0 || row < 0 || row >= FRows.Count()) return false;
+  return FSelections.Raw()[static_cast<size_t>(FRows.Raw()[static_cast<size_t>(row)])] != 0;
+}
+
+void TZTMessageView::SetItemFlag(int32_t item, bool selected) {
+  int32_t& flag = FSelections.Raw()[static_cast<size_t>(item)];
+  if ((flag != 0) == selected) return;
+  flag = selected ? 1 : 0;
+  FSelectedCount += selected ? 1 : -1;
+}
+
+void TZTMessageView::Select(int32_t row, bool selected) {
+  if (FChangingItems) return;
+  if (row == -1) {
+    if (!selected && FSelectedCount == 0) return;
+    std::fill(FSelections.Raw().begin(), FSelections.Raw().end(), selected ? 1 : 0);
+    FSelectedCount = selected ? FSelections.Count() : 0;
+    viewport()->update();
+    return;
+  }
+  if (row < 0 || row >= FRows.Count()) return;
+  const int32_t item = FRows.GetItems(row);
+  if (FItems.GetItems(item).Collapsed) {
+    // A collapsed row stands for its whole method; without a closing Exit it stands for nothing.
+    const int32_t end = FindMethodEnd(item);
+    if (end < 0) return;
+    for (int32_t i = item; i <= end; ++i) SetItemFlag(i, selected);
+  } else {
+    SetItemFlag(item, selected);
+  }
+  InvalidateItem(row);
+}
+
+void TZTMessageView::RemoveAllSelections() {
+  if (FSelectedCount == 0) return;
+  std::fill(FSelections.Raw().begin(), FSelections.Raw().end(), 0);
+  FSelectedCount = 0;
+  viewport()->update();
+}
+
+bool TZTMessageView::GetSelected(int32_t row) { return FSelections.GetItems(FRows.GetItems(row)) != 0; }
+
+void TZTMessageView::SetSelected(int32_t row, bool value) {
+  SetItemFlag(FRows.GetItems(row), value);
+  InvalidateItem(row);
+}
+
+int32_t TZTMessageView::GetSelCount() {
+  const int32_t focus = ItemIndex();
+  int32_t count = 0;
+  if (FSelectedCount > 0) {
+    const auto& rows = FRows.Raw();
+    const auto& flags = FSelections.Raw();
+    for (int32_t item : rows) count += flags[static_cast<size_t>(item)] != 0 ? 1 : 0;
+  }
+  // The focused row always counts as selected.
+  if (focus >= 0 && focus < FRows.Count() && !IsSelected(focus)) ++count;
+  return count;
+}
+
+void TZTMessageView::GetFirstLastSelections(int32_t& first, int32_t& last) {
+  int32_t firstRow = -1, lastRow = -1;
+  for (int32_t row = 0; row < FRows.Count(); ++row) {
+    if (!IsSelected(row)) continue;
+    if (firstRow < 0) firstRow = row;
+    lastRow = row;
+  }
+  if (firstRow < 0) IndexFailure(-1);
+  first = GetMsgRecNo(firstRow);
+  last = GetMsgRecNo(lastRow);
+}
+
+void TZTMessageView::SelectAll() {
+  TZTVirtualListBox::SelectAll();
+  PostDetailsNotice();
+}
+
+void TZTMessageView::CopyToClipboard() {
+  TZentrailMessageSet& ms = MessageSet;
+  QStringList lines;
+  for (int32_t item = 0; item < FItems.Count(); ++item) {
+    if (!FSelections.Raw()[static_cast<size_t>(item)]) continue;
+    ms.GotoRec(FItems.GetItems(item).RecNo);
+    const std::string_view text = ms.GetMsgText();
+    lines.push_back(QString(FIndents.GetItems(item) * 2, QLatin1Char(' ')) +
+                    QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
+  }
+  if (lines.isEmpty()) return;
+  if (lines.size() == 1) {
+    QApplication::clipboard()->setText(lines.front().trimmed());
+    return;
+  }
+  QApplication::clipboard()->setText(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+}
+
+// ---- method structure --------------------------------------------------------------------------
+
+int32_t TZTMessageView::FindMethodEnd(int32_t item) {
+  TZentrailMessageSet& ms = MessageSet;
+  int32_t depth = 1;
+  const int32_t count = FItems.Count();
+  for (int32_t i = item + 1; i < count; ++i) {
+    ms.GotoRec(FItems.GetItems(i).RecNo);
+    const int32_t type = ms.GetMsgType();
+    if (type == ztmEnterMethod) {
+      ++depth;
+    } else if (type == ztmExitMethod || type == ztmExitMethodCollapse) {
+      if (--depth == 0) return i;
+    }
+  }
+  return -1;
+}
+
+int32_t TZTMessageView::FindEnterRow(int32_t row) {
+  if (row < 0 || row >= FRows.Count()) return -1;
+  TZentrailMessageSet& ms = MessageSet;
+  const int32_t level = GetIndentLevel(row);
+  for (int32_t r = row; r >= 0; --r) {
+    if (GetIndentLevel(r) != level) continue;
+    SelectRecord(r);
+    const int32_t type = ms.GetMsgType();
+    // A sibling Exit of the same level means this Exit's Enter isn't on show.
+    if (r != row && type == ztmExitMethod) return -1;
+    if (type == ztmEnterMethod) return r;
+  }
+  return -1;
+}
+
+void TZTMessageView::CollapseMethod(int32_t row) {
+  if (row < 0 || row >= FRows.Count()) return;
+  const int32_t item = FRows.GetItems(row);
+  const int32_t end = FindMethodEnd(item);
+  if (end < 0) return;
+  TUpdateGuard guard(*this);
+  // Rows hold ascending item indices, so the rows to go are one contiguous run after the Enter.
+  auto& rows = FRows.Raw();
+  const auto first = rows.begin() + row + 1;
+  const auto stop = std::upper_bound(first, rows.end(), end);
+  const int32_t removed = static_cast<int32_t>(stop - first);
+  const int32_t focus = ItemIndex();
+  rows.erase(first, stop);
+  SetNumItems(FRows.Count());
+  FItems.GetItems(item).Collapsed = true;
+  // The focus stays on the message it was on; inside the method it goes to the Enter.
+  if (focus > row) SetItemIndex(focus <= row + removed ? row : focus - removed);
+}
+
+void TZTMessageView::ExpandMethod(int32_t row) {
+  if (row < 0 || row >= FRows.Count()) return;
+  RemoveAllSelections();
+  const int32_t item = FRows.GetItems(row);
+  FItems.GetItems(item).Collapsed = false;
+  int32_t end = FindMethodEnd(item);
+  if (end < 0) end = FItems.Count() - 1;
+  TUpdateGuard guard(*this);
+  std::vector<int32_t> inserted;
+  int32_t cursor = item + 1;
+  while (cursor <= end) {
+    inserted.push_back(cursor);
+    if (FItems.GetItems(cursor).Collapsed) {
+      // A nested collapsed method stays collapsed: skip to after its own Exit.
+      const int32_t innerEnd = FindMethodEnd(cursor);
+      cursor = (innerEnd < 0 ? end : innerEnd) + 1;
+    } else {
+      ++cursor;
+    }
+  }
+  const int32_t focus = ItemIndex();
+  auto& rows = FRows.Raw();
+  rows.insert(rows.begin() + row + 1, inserted.begin(), inserted.end());
+  SetNumItems(NumItems() + static_cast<int32_t>(inserted.size()));
+  if (focus > row) SetItemIndex(focus + static_cast<int32_t>(inserted.size()));
+  SelectItem(row, true);
+}
+
+bool TZTMessageView::CollapseAtExit(int32_t row) { return CollapseAtExitInternal(row, true); }
+
+bool TZTMessageView::CollapseAtExitInternal(int32_t row, bool notify) {
+  int32_t enter;
+  {
+    TUpdateGuard guard(*this);
+    enter = FindEnterRow(row);
+    if (enter >= 0) {
+      // The focus follows the collapse on purpose, also for a collapse that a message asked for.
+      SetItemIndex(enter);
+      SetAnchorIndex(enter);
+      CollapseMethod(enter);
+    }
+  }
+  if (notify)
+    if (IZentrailApplication* app = App()) app->UpdateCommandStates();
+  return enter >= 0;
+}
+
+bool TZTMessageView::IsCurrentMethodCollapsed() {
+  const int32_t focus = ItemIndex();
+  if (focus < 0 || focus >= FRows.Count()) return false;
+  return FItems.GetItems(FRows.GetItems(focus)).Collapsed && MessageSet.GetMsgType() == ztmEnterMethod;
+}
+
+bool TZTMessageView::IsCollapsed(int32_t row) {
+  SelectRecord(row);
+  return FItems.GetItems(FRows.GetItems(row)).Collapsed && MessageSet.GetMsgType() == ztmEnterMethod;
+}
+
+void TZTMessageView::ToggleCurrentMethod() {
+  if (!SelectCurrentRecord()) return;
+  const int32_t row = ItemIndex();
+  const int32_t type = MessageSet.GetMsgType();
+  if (type == ztmEnterMethod || type == ztmCollapsedMethod) {
+    {
+      TUpdateGuard guard(*this);
+      if (FItems.GetItems(FRows.GetItems(row)).Collapsed)
+        ExpandMethod(row);
+      else
+        CollapseMethod(row);
+    }
+    if (IZentrailApplication* app = App()) app->UpdateCommandStates();
+  } else if (type == ztmExitMethod) {
+    CollapseAtExit(row);
+  }
+}
+
+void TZTMessageView::ExpandAllMethods(bool fromStart) {
+  {
+    TUpdateGuard guard(*this);
+    int32_t row = fromStart ? 0 : std::max(ItemIndex(), 0);
+    // NumItems is read afresh: the walk runs into the rows just opened, so nested methods open too.
+    for (; row < NumItems(); ++row) {
+      if (!FItems.GetItems(FRows.GetItems(row)).Collapsed) continue;
+      if (IsCollapsed(row)) ExpandMethod(row);
+    }
+    RemoveAllSelections();
+    if (ItemIndex() >= 0) SelectItem(ItemIndex(), true);
+  }
+  if (IZentrailApplication* app = App()) app->UpdateCommandStates();
+}
+
+void TZTMessageView::CollapseAllMethods() {
+  {
+    TUpdateGuard guard(*this);
+    int32_t row = 0;
+    while (row < NumItems()) {
+      const bool collapsed = FItems.GetItems(FRows.GetItems(row)).Collapsed;
+      SelectRecord(row);
+      const int32_t type = MessageSet.GetMsgType();
+      if (collapsed && type == ztmEnterMethod) {
+        // Opened once, so that what it holds is reached; inner methods close before outer ones.
+        ExpandMethod(row);
+      } else if (!collapsed && type == ztmExitMethod && CollapseAtExitInternal(row, false)) {
+        row = ItemIndex() + 1;
+        continue;
+      }
+      ++row;
+    }
+    RemoveAllSelections();
+    if (ItemIndex() >= 0) SelectItem(ItemIndex(), true);
+  }
+  if (IZentrailApplication* app = App()) app->UpdateCommandStates();
+}
+
+int32_t TZTMessageView::SearchSameLevel(int32_t fromRow, bool forward, int32_t wantType) {
+  const int32_t level = GetIndentLevel(fromRow);
+  const int32_t step = forward ? 1 : -1;
+  for (int32_t r = fromRow + step; r >= 0 && r < NumItems(); r += step) {
+    if (GetIndentLevel(r) != level) continue;
+    SelectRecord(r);
+    if (MessageSet.GetMsgType() == wantType) return r;
+  }
+  return -1;
+}
+
+void TZTMessageView::FindMatchingMethod() {
+  const int32_t focus = ItemIndex();
+  if (NumItems() == 0 || focus < 0) return;
+  if (FItems.GetItems(FRows.GetItems(focus)).Collapsed) return;
+  RemoveAllSelections();
+  SelectRecord(focus);
+  const bool enter = MessageSet.GetMsgType() == ztmEnterMethod;
+  const int32_t target = enter ? SearchSameLevel(focus, true, ztmExitMethod) : SearchSameLevel(focus, false, ztmEnterMethod);
+  if (target >= 0)
+    JumpToItem(target);
+  else
+    PromptService().Beep();
+}
+
+void TZTMessageView::TraverseCallStack(TZTCallStackList& strings) {
+  const int32_t focus = ItemIndex();
+  if (focus < 0 || NumItems() < 2) return;
+  strings.clear();
+  TZentrailMessageSet& ms = MessageSet;
+  int32_t level = GetIndentLevel(focus);
+  for (int32_t row = focus; row >= 0; --row) {
+    const int32_t indent = GetIndentLevel(row);
+    if (indent >= level) continue;
+    SelectRecord(row);
+    if (ms.GetMsgType() != ztmEnterMethod) continue;
+    strings.push_back({std::string(ms.GetMsgText()), row});
+    --level;
+    if (indent == 0) break;
+  }
+}
+
+void TZTMessageView::FindCurrentMethod() {
+  TZTCallStackList stack;
+  TraverseCallStack(stack);
+  if (!stack.empty()) JumpToItem(stack.front().Row);
+}
+
+// ---- navigation --------------------------------------------------------------------------------
+
+void TZTMessageView::JumpToItem(int32_t row) {
+  if (NumItems() <= 0) return;
+  row = std::clamp(row, 0, NumItems() - 1);
+  RemoveAllSelections();
+  SelectItem(row, true);
+  SetItemIndex(row);
+  SetAnchorIndex(row);
+  SetTopIndex(std::max(0, row - VisibleRows() / 2 + 1));
+}
+
+void TZTMessageView::JumpToMsgRecNo(int32_t recNo) {
+  for (int32_t row = 0; row < NumItems(); ++row) {
+    if (GetMsgRecNo(row) >= recNo) {
+      JumpToItem(row);
+      return;
+    }
+    // A target hidden in a collapsed method is uncovered by opening each one on the way.
+    if (FItems.GetItems(FRows.GetItems(row)).Collapsed && IsCollapsed(row)) ExpandMethod(row);
+  }
+}
+
+bool TZTMessageView::RowMatchesNavigator(int32_t row, int32_t msgType, int32_t msgContent) {
+  SelectRecord(row);
+  const int32_t type = MessageSet.GetMsgType();
+  const int32_t content = MessageSet.GetMsgContent();
+  if (msgType >= 100) return type >= 100;
+  if (msgType == -1 && msgContent == -1) return false;
+  if (msgType == -1) return content == msgContent;
+  if (msgContent == -1) return type == msgType;
+  return type == msgType && content == msgContent;
+}
+
+namespace {
+
+// The first and last row of a walk and its step, for the four directions of the navigator.
+bool WalkBounds(int32_t direction, int32_t focus, int32_t count, int32_t& start, int32_t& step) {
+  switch (direction) {
+    case ztJumpFirst: start = 0; step = 1; return true;
+    case ztJumpPrevious:
+      start = focus < 0 ? count - 1 : (focus == 0 ? 0 : focus - 1);
+      step = -1;
+      return true;
+    case ztJumpNext:
+      start = focus + 1 > count ? 0 : focus + 1;
+      step = 1;
+      return true;
+    case ztJumpLast: start = count - 1; step = -1; return true;
+    default: return false;
+  }
+}
+
+}  // namespace
+
+void TZTMessageView::JumpToMessage(int32_t direction, int32_t msgType, int32_t msgContent) {
+  if (NumItems() <= 0) return;
+  RemoveAllSelections();
+  int32_t start, step;
+  if (!WalkBounds(direction, ItemIndex(), NumItems(), start, step)) return;
+  for (int32_t row = start; row >= 0 && row < NumItems(); row += step) {
+    if (RowMatchesNavigator(row, msgType, msgContent)) {
+      JumpToItem(row);
+      return;
+    }
+  }
+}
+
+void TZTMessageView::JumpToTimeDiff(int32_t direction, int32_t threshold) {
+  if (NumItems() < 2) return;
+  RemoveAllSelections();
+  int32_t start, step;
+  if (!WalkBounds(direction, ItemIndex(), NumItems(), start, step)) return;
+  TZentrailMessageSet& ms = MessageSet;
+  for (int32_t row = start; row >= 0 && row < NumItems(); row += step) {
+    if (row == 0) continue;
+    SelectRecord(row);
+    const int32_t time = ms.GetTimeStamp().Time;
+    SelectRecord(row - 1);
+    if (time - ms.GetTimeStamp().Time > threshold) {
+      JumpToItem(row);
+      return;
+    }
+  }
+}
+
+void TZTMessageView::UpdateNavigation(int32_t msgType, int32_t msgContent, bool& hasNext, bool& hasPrevious) {
+  hasNext = hasPrevious = false;
+  const int32_t focus = ItemIndex();
+  if (NumItems() <= 0 || focus < 0) return;
+  for (int32_t row = focus + 1; row < NumItems(); ++row)
+    if (RowMatchesNavigator(row, msgType, msgContent)) {
+      hasNext = true;
+      break;
+    }
+  for (int32_t row = focus - 1; row >= 0; --row)
+    if (RowMatchesNavigator(row, msgType, msgContent)) {
+      hasPrevious = true;
+      break;
+    }
+}
+
+void TZTMessageView::FindNext(bool newSearch, const std::string& text, bool inDetails, bool fromCursor, bool forward,
+                              const TZTRegEx& regex) {
+  if (NumItems() <= 0 || text.empty()) return;
+  const int32_t focus = ItemIndex();
+  int32_t start;
+  if (!newSearch)
+    start = forward ? focus + 1 : focus - 1;
+  else if (fromCursor)
+    start = focus;
+  else
+    start = forward ? 0 : NumItems() - 1;
+  start = std::clamp(start, 0, NumItems() - 1);
+  TZentrailMessageSet& ms = MessageSet;
+  auto matches = [&](int32_t row) {
+    SelectRecord(row);
+    return regex.Match(ms.GetMsgText()) || (inDetails && regex.Match(ms.GetDetails()));
+  };
+  if (forward) {
+    for (int32_t row = start; row < NumItems(); ++row) {
+      if (matches(row)) {
+        JumpToItem(row);
+        return;
+      }
+      // The walk goes on through what a collapsed method holds.
+      if (FItems.GetItems(FRows.GetItems(row)).Collapsed && IsCollapsed(row)) ExpandMethod(row);
+    }
+  } else {
+    int32_t row = start;
+    while (row >= 0) {
+      if (matches(row)) {
+        JumpToItem(row);
+        return;
+      }
+      if (FItems.GetItems(FRows.GetItems(row)).Collapsed && IsCollapsed(row)) {
+        ExpandMethod(row);
+        const int32_t exitRow = SearchSameLevel(row, true, ztmExitMethod);
+        if (exitRow >= 0) {
+          row = exitRow;
+          continue;
+        }
+      }
+      --row;
+    }
+  }
+  PromptService().ShowMessage(this, QStringLiteral("Search string '%1' not found.").arg(QString::fromStdString(text)),
+                              TZTPromptKind::Information);
+}
+
+// ---- bookmarks ---------------------------------------------------------------------------------
+
+void TZTMessageView::ClearBookmarks() {
+  FBookmarks.fill(-1);
+  viewport()->update();
+}
+
+void TZTMessageView::ToggleBookmark(int32_t index) {
+  if (index < 0 || index > 9) IndexFailure(index);
+  if (ItemIndex() < 0) return;
+  const int32_t recNo = GetMsgRecNo(ItemIndex());
+  int32_t& mark = FBookmarks[static_cast<size_t>(index)];
+  mark = mark == recNo ? -1 : recNo;
+  viewport()->update();
+}
+
+void TZTMessageView::JumpToBookmark(int32_t index) {
+  const int32_t recNo = GetBookmark(index);
+  if (recNo >= 0) JumpToMsgRecNo(recNo);
+}
+
+int32_t TZTMessageView::GetBookmark(int32_t index) {
+  if (index < 0 || index > 9) IndexFailure(index);
+  return FBookmarks[static_cast<size_t>(index)];
+}
+
+int32_t TZTMessageView::FindBookmark(int32_t recNo) const {
+  for (size_t i = 0; i < FBookmarks.size(); ++i)
+    if (FBookmarks[i] == recNo) return static_cast<int32_t>(i);
+  return -1;
+}
+
+// ---- not yet part of this build ----------------------------------------------------------------
+
+namespace {
+
+void NotAvailable(QWidget* parent, const char* what) {
+  PromptService().ShowMessage(parent, QStringLiteral("%1 is not available in this version of the viewer.")
+                                          .arg(QString::fromLatin1(what)),
+                              TZTPromptKind::Information);
+}
+
+}  // namespace
+
+void TZTMessageView::ExportAsXML(const QString&) { NotAvailable(this, "Export as XML"); }
+void TZTMessageView::ExportAsText(const QString&) { NotAvailable(this, "Export as text"); }
+void TZTMessageView::Save(const QString&) { NotAvailable(this, "Saving a view"); }
+void TZTMessageView::Print(const QString&, bool, int32_t, uint16_t) { NotAvailable(this, "Printing"); }
+bool TZTMessageView::Find(std::string&, TZTRegEx&, bool&, bool&, bool&) {
+  NotAvailable(this, "The Find dialog");
+  return false;
+}
+void TZTMessageView::JumpToMsgDlg() { NotAvailable(this, "Jump to message"); }
+void TZTMessageView::EditMessage(int32_t) { NotAvailable(this, "Editing a message"); }
+void TZTMessageView::DeleteSelection() { NotAvailable(this, "Deleting messages"); }
+void TZTMessageView::CropToSelection() { NotAvailable(this, "Cropping to the selection"); }
+
+// ---- activation and input ----------------------------------------------------------------------
+
+void TZTMessageView::Activated() {}
+
+void TZTMessageView::Deactivated() {}
+
+void TZTMessageView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_F2 && event->modifiers() == Qt::NoModifier) {
+    if (ItemIndex() >= 0) EditMessage(ItemIndex());
+    event->accept();
+    return;
+  }
+  TZTVirtualListBox::keyPressEvent(event);
+}
+
+void TZTMessageView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton && ItemAtPos(event->position().toPoint(), true) >= 0) {
+    ToggleCurrentMethod();
+    event->accept();
+    return;
+  }
+  TZTVirtualListBox::mouseDoubleClickEvent(event);
+}
+
+void TZTMessageView::contextMenuEvent(QContextMenuEvent* event) {
+  if (FPopupMenu) {
+    FPopupMenu->popup(event->globalPos());
+    event->accept();
+    return;
+  }
+  TZTVirtualListBox::contextMenuEvent(event);
+}
+
+}  // namespace zentrail
