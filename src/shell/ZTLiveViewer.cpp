@@ -1,12 +1,67 @@
-// The viewer process: module start, the single instance, the main window and the message loop.
+// The viewer process: the settings object, the single instance, the application, the main window
+// and the message loop, in that order.
 #include <QApplication>
+#include <QFontDatabase>
 
+#include "ZTMainForm.h"
+#include "ZTMsgView.h"
+#include "ZTPromptService.h"
+#include "ZTSettings.h"
+#include "ZTSignalCloser.h"
 #include "ZTSingleInstance.h"
 
+using namespace zentrail;
+
+namespace {
+
+// "Segoe UI" 9 where it is installed, else "Tahoma" 8, else the desktop's own font.
+QFont InterfaceFont() {
+  if (QFontDatabase::hasFamily(QStringLiteral("Segoe UI"))) return QFont(QStringLiteral("Segoe UI"), 9);
+  if (QFontDatabase::hasFamily(QStringLiteral("Tahoma"))) return QFont(QStringLiteral("Tahoma"), 8);
+  return QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-  zentrail::TZTSingleInstance instance;
+  // The process-wide settings object comes first; everything after may read it.
+  ViewerSettings();
+
+  // The lock is tried before the display is opened, so that a second viewer ends at once and
+  // silently even where it could not open a display; it never hands on its command line.
+  TZTSingleInstance instance;
   std::string error;
-  if (instance.Acquire(error) != zentrail::TZTSingleInstance::Result::Acquired) return 0;
+  TZTSingleInstance::Result lock = instance.Acquire(error);
+  if (lock == TZTSingleInstance::Result::AlreadyRunning) return 0;
+
   QApplication app(argc, argv);
-  return 0;
+  QApplication::setApplicationName(QStringLiteral("Zentrail Live Viewer"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Zentrail Live Viewer"));
+  QApplication::setFont(InterfaceFont());
+
+  // The view classes; the plug-in manager takes this list over once it loads plug-ins.
+  ViewClasses().Register(QString::fromLatin1(TZTMessageView::ViewClassKey), &TZTMessageView::Create);
+
+  if (lock == TZTSingleInstance::Result::Failed) {
+    PromptService().ShowMessage(nullptr, QString::fromStdString(error), TZTPromptKind::Error);
+    return 1;
+  }
+
+  QStringList arguments = QApplication::arguments();
+  arguments.removeFirst();
+  int status = 0;
+  {
+    TFrmViewer viewer(arguments);
+    TZTSignalCloser closer(&viewer);
+    if (!viewer.StartChannel(error)) {
+      // The window still serves log files; only live messages cannot arrive.
+      PromptService().ShowMessage(&viewer,
+                                  QStringLiteral("Live messages cannot be received: %1").arg(QString::fromStdString(error)),
+                                  TZTPromptKind::Warning);
+    }
+    viewer.show();
+    status = QApplication::exec();
+  }
+  instance.Release();
+  return status;
 }

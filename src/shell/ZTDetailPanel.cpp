@@ -1,0 +1,96 @@
+#include "ZTDetailPanel.h"
+
+#include <QLabel>
+#include <QPainter>
+#include <QResizeEvent>
+
+namespace zentrail {
+namespace {
+const char* const kCaptions[] = {"Category", "Type Name", "App Name", "Computer",
+                                 "PID",      "Thread",    "Date",     "TimeStamp"};
+constexpr int kLabelWidth = 60;
+constexpr int kLabelHeight = 13;
+constexpr int kFieldHeight = 17;
+}  // namespace
+
+TZTDetailPanel::TZTDetailPanel(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("pnlMsgDetails"));
+  for (int i = 0; i < FieldCount; ++i) {
+    FLabels[i] = new QLabel(QString::fromLatin1(kCaptions[i]), this);
+    FLabels[i]->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    FFields[i] = new QLabel(this);
+    FFields[i]->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    FFields[i]->setFrameShape(QFrame::StyledPanel);
+    FFields[i]->setAutoFillBackground(true);
+    FFields[i]->setBackgroundRole(QPalette::Base);
+    FFields[i]->setContentsMargins(3, 0, 3, 0);
+  }
+  setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+  setFixedHeight(HeightForPanelWidth(600));
+}
+
+void TZTDetailPanel::SetField(Field field, const QString& text) { FFields[field]->setText(text); }
+QString TZTDetailPanel::FieldText(Field field) const { return FFields[field]->text(); }
+
+void TZTDetailPanel::Clear() {
+  for (QLabel* f : FFields) f->clear();
+}
+
+void TZTDetailPanel::SetValueColor(const QColor& color) {
+  for (QLabel* f : FFields) {
+    QPalette p = f->palette();
+    p.setColor(QPalette::WindowText, color);
+    p.setColor(QPalette::Text, color);
+    f->setPalette(p);
+  }
+}
+
+int TZTDetailPanel::HeightForPanelWidth(int width) {
+  if (width < 300) return 136;
+  if (width < 550) return 71;
+  return 39;
+}
+
+void TZTDetailPanel::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  int h = HeightForPanelWidth(width());
+  if (height() != h) setFixedHeight(h);
+  Arrange();
+}
+
+void TZTDetailPanel::Arrange() {
+  const int w = width();
+  auto place = [&](int i, int x, int y, int fieldOffset, int fieldWidth) {
+    FLabels[i]->setGeometry(x, y + (kFieldHeight - kLabelHeight) / 2, kLabelWidth, kLabelHeight);
+    FFields[i]->setGeometry(x + fieldOffset, y, fieldWidth, kFieldHeight);
+  };
+  if (w < 300) {
+    // One column, 16-pixel steps; each field stretches with the width.
+    for (int i = 0; i < FieldCount; ++i) place(i, 2, 2 + i * 16, 65, 80 + (w - 150));
+  } else if (w < 550) {
+    // Two columns of four; the surplus is shared between them.
+    int surplus = (w - 300) / 2;
+    int fieldWidth = 80 + surplus;
+    int column = 65 + fieldWidth + 10;
+    for (int i = 0; i < FieldCount; ++i) place(i, 2 + (i / 4) * column, 2 + (i % 4) * 17, 65, fieldWidth - 5);
+  } else {
+    // One band of two rows, four fields a row; the surplus goes to the fields.
+    int surplus = (w - 550) / 4;
+    int fieldWidth = 70 + surplus;
+    int column = 63 + fieldWidth + 4;
+    for (int i = 0; i < FieldCount; ++i) place(i, 2 + (i % 4) * column, 2 + (i / 4) * 18, 63, fieldWidth);
+  }
+}
+
+void TZTDetailPanel::paintEvent(QPaintEvent*) {
+  QPainter p(this);
+  QColor base = palette().color(QPalette::Window);
+  QLinearGradient g(0, 0, 0, height());
+  g.setColorAt(0, base.lighter(108));
+  g.setColorAt(1, base.darker(104));
+  p.fillRect(rect(), g);
+  p.setPen(palette().color(QPalette::Mid));
+  p.drawLine(0, height() - 1, width(), height() - 1);
+}
+
+}  // namespace zentrail

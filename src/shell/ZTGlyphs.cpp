@@ -1,0 +1,184 @@
+#include "ZTGlyphs.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <cstring>
+
+namespace zentrail {
+namespace {
+
+const QColor kInk(0x35, 0x4a, 0x6b);
+const QColor kAccent(0x2f, 0x7f, 0xd0);
+const QColor kPaper(0xfb, 0xfc, 0xfe);
+
+void Window(QPainter& p, const QRectF& r) {
+  p.setPen(QPen(kInk, 1));
+  p.setBrush(kPaper);
+  p.drawRect(r);
+  p.fillRect(QRectF(r.left() + 0.5, r.top() + 0.5, r.width() - 0.5, 2.5), kAccent);
+}
+
+void Lines(QPainter& p, double x, double y, double w, int n, double step) {
+  p.setPen(QPen(kInk, 1));
+  for (int i = 0; i < n; ++i) p.drawLine(QPointF(x, y + i * step), QPointF(x + w, y + i * step));
+}
+
+void Draw(QPainter& p, const char* name) {
+  auto is = [name](const char* n) { return std::strcmp(name, n) == 0; };
+  p.setRenderHint(QPainter::Antialiasing, true);
+  if (is("inspector")) {
+    Window(p, QRectF(1.5, 2.5, 13, 11));
+    p.fillRect(QRectF(9, 5.5, 5, 7.5), kAccent.lighter(150));
+    Lines(p, 3, 7.5, 4.5, 3, 2);
+  } else if (is("callstack")) {
+    p.setPen(QPen(kInk, 1));
+    for (int i = 0; i < 4; ++i) {
+      p.setBrush(i == 3 ? kAccent : kPaper);
+      p.drawRect(QRectF(1.5 + i * 2, 2.5 + i * 3, 11 - i * 2, 2.5));
+    }
+  } else if (is("scratchpad")) {
+    Window(p, QRectF(1.5, 2.5, 13, 11));
+    p.setPen(QPen(kInk, 1));
+    p.drawLine(QPointF(6, 5.5), QPointF(6, 13.5));
+    Lines(p, 1.5, 8.5, 13, 2, 2.5);
+    p.setBrush(QColor(0x3c, 0xc0, 0x4a));
+    p.setPen(Qt::NoPen);
+    p.drawEllipse(QPointF(3.8, 7.2), 1.2, 1.2);
+  } else if (is("detailpanel")) {
+    Window(p, QRectF(1.5, 2.5, 13, 11));
+    p.fillRect(QRectF(2, 5.5, 12, 3), QColor(0xdd, 0xe6, 0xf3));
+    Lines(p, 3, 10.5, 10, 2, 2);
+  } else if (is("clearall") || is("clear")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(2.5, 1.5, 9, 12));
+    Lines(p, 4, 4.5, 6, 3, 2);
+    p.setPen(QPen(QColor(0xd0, 0x30, 0x30), 2));
+    p.drawLine(QPointF(8.5, 8.5), QPointF(14, 14));
+    p.drawLine(QPointF(14, 8.5), QPointF(8.5, 14));
+    if (is("clearall")) {
+      p.setPen(QPen(kInk, 1));
+      p.drawLine(QPointF(4.5, 0.5), QPointF(13.5, 0.5));
+    }
+  } else if (is("autoscroll")) {
+    Lines(p, 2, 3.5, 8, 3, 2.5);
+    QPainterPath arrow;
+    arrow.moveTo(12, 2);
+    arrow.lineTo(12, 10);
+    p.setPen(QPen(kAccent, 2));
+    p.drawPath(arrow);
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    p.drawPolygon(QPolygonF({QPointF(8.5, 9.5), QPointF(15.5, 9.5), QPointF(12, 14.5)}));
+  } else if (is("refresh")) {
+    p.setPen(QPen(kAccent, 2));
+    p.drawArc(QRectF(2.5, 2.5, 11, 11), 30 * 16, 280 * 16);
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    p.drawPolygon(QPolygonF({QPointF(10.5, 1), QPointF(15, 4.5), QPointF(10, 7)}));
+  } else if (is("autocollapse") || is("togglemethod")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(2.5, 4.5, 8, 8));
+    p.drawLine(QPointF(4.5, 8.5), QPointF(8.5, 8.5));
+    if (is("togglemethod")) p.drawLine(QPointF(6.5, 6.5), QPointF(6.5, 10.5));
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(12, 3), QPointF(12, 14));
+  } else if (is("flatten")) {
+    Lines(p, 2, 4.5, 12, 4, 2.5);
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(2, 2), QPointF(2, 14));
+  } else if (is("block")) {
+    p.setPen(QPen(QColor(0xc8, 0x2a, 0x2a), 2));
+    p.setBrush(Qt::NoBrush);
+    p.drawEllipse(QRectF(2, 2, 12, 12));
+    p.drawLine(QPointF(4.2, 11.8), QPointF(11.8, 4.2));
+  } else if (is("separator") || is("resetseparator")) {
+    Lines(p, 2, 3.5, 12, 1, 0);
+    Lines(p, 2, 12.5, 12, 1, 0);
+    p.setPen(QPen(kAccent, 2));
+    p.drawLine(QPointF(1, 8), QPointF(15, 8));
+    if (is("resetseparator")) p.drawLine(QPointF(1, 10.5), QPointF(15, 10.5));
+  } else if (is("methodmatch")) {
+    p.setPen(QPen(kInk, 1));
+    p.drawLine(QPointF(3, 3.5), QPointF(13, 3.5));
+    p.drawLine(QPointF(3, 12.5), QPointF(13, 12.5));
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(8, 5), QPointF(8, 11));
+    p.drawLine(QPointF(6, 7), QPointF(8, 5));
+    p.drawLine(QPointF(10, 7), QPointF(8, 5));
+  } else if (is("currentmethod")) {
+    p.setPen(QPen(kInk, 1));
+    p.drawLine(QPointF(2, 3.5), QPointF(12, 3.5));
+    p.drawLine(QPointF(6, 8.5), QPointF(14, 8.5));
+    p.drawLine(QPointF(6, 12.5), QPointF(14, 12.5));
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(4, 12), QPointF(4, 5));
+    p.drawLine(QPointF(2, 7), QPointF(4, 5));
+    p.drawLine(QPointF(6, 7), QPointF(4, 5));
+  } else if (is("copy")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 1.5, 8, 10));
+    p.drawRect(QRectF(6.5, 4.5, 8, 10));
+    Lines(p, 8, 7.5, 5, 3, 2);
+  } else if (is("ontop")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 5.5, 9, 8));
+    p.setBrush(kAccent.lighter(140));
+    p.drawRect(QRectF(5.5, 1.5, 9, 8));
+  } else if (is("about")) {
+    p.setPen(QPen(kAccent, 1.5));
+    p.setBrush(kPaper);
+    p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
+    p.setPen(QPen(kAccent, 2));
+    p.drawLine(QPointF(8, 7), QPointF(8, 12));
+    p.drawPoint(QPointF(8, 4.5));
+  } else if (is("exit")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 1.5, 8, 13));
+    p.setPen(QPen(QColor(0xc8, 0x2a, 0x2a), 1.8));
+    p.drawLine(QPointF(6, 8), QPointF(14.5, 8));
+    p.drawLine(QPointF(12, 5.5), QPointF(14.5, 8));
+    p.drawLine(QPointF(12, 10.5), QPointF(14.5, 8));
+  }
+}
+
+}  // namespace
+
+QIcon ShellGlyph(const char* name) {
+  QIcon icon;
+  for (int scale : {1, 2}) {
+    QPixmap pixmap(16 * scale, 16 * scale);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.scale(scale, scale);
+    Draw(p, name);
+    p.end();
+    pixmap.setDevicePixelRatio(scale);
+    icon.addPixmap(pixmap);
+  }
+  return icon;
+}
+
+QPixmap ScratchPadLight(int index, int size) {
+  static const QColor lit[] = {QColor(0x3c, 0xc8, 0x4b), QColor(0xe0, 0x3c, 0x31), QColor(0xf2, 0xc6, 0x1f),
+                               QColor(0x2f, 0x7f, 0xd0), QColor(0xf0, 0x8c, 0x1e), QColor(0x8e, 0x4c, 0xc8),
+                               QColor(0xf4, 0xf4, 0xf4)};
+  QPixmap pixmap(size, size);
+  pixmap.fill(Qt::transparent);
+  QPainter p(&pixmap);
+  p.setRenderHint(QPainter::Antialiasing, true);
+  QColor c = (index >= 0 && index < 7) ? lit[index] : QColor(0xb8, 0xbd, 0xc4);
+  QRadialGradient g(QPointF(size * 0.38, size * 0.35), size * 0.6);
+  g.setColorAt(0, c.lighter(index == 7 ? 115 : 160));
+  g.setColorAt(1, c);
+  p.setBrush(g);
+  p.setPen(QPen(c.darker(150), 1));
+  p.drawEllipse(QRectF(1, 1, size - 2, size - 2));
+  return pixmap;
+}
+
+}  // namespace zentrail

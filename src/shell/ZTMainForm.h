@@ -1,0 +1,308 @@
+#pragma once
+// TFrmViewer, the viewer's one main window: it owns the views, the panes and the commands, takes
+// the live messages from the channel and hands each to every view, and implements the shell side
+// that views reach through IZentrailApplication.
+
+#include <QMainWindow>
+#include <QPointer>
+#include <QStringList>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "TransportPacket.h"
+#include "ZTChannelServer.h"
+#include "ZTCustomViewIntf.h"
+#include "ZentrailMessage.h"
+
+class QAction;
+class QActionGroup;
+class QBoxLayout;
+class QLabel;
+class QListWidget;
+class QMenu;
+class QProgressBar;
+class QSplitter;
+class QStackedWidget;
+class QTabBar;
+class QTableWidget;
+class QTimer;
+class QToolBar;
+
+namespace zentrail {
+
+class TZTSoundPlayer;
+class TZTDetailPanel;
+
+// The custom view classes by key. The plug-in manager keeps this list once it exists; until then
+// the shell registers its own view class here at start.
+class TZTViewClassList {
+ public:
+  void Register(const QString& key, TZTViewFactory factory);
+  // The class under key, else "Default", else the first registered; empty when there is none.
+  TZTViewFactory Find(const QString& key) const;
+  bool Empty() const { return FClasses.empty(); }
+  void Clear() { FClasses.clear(); }
+
+ private:
+  std::vector<std::pair<QString, TZTViewFactory>> FClasses;
+};
+TZTViewClassList& ViewClasses();
+
+// Dialogs read this to decide whether to centre on the main window (it stays on top) or not.
+extern bool ztAlwaysOnTop;
+
+enum class TZTPane { Inspector, CallStack, ScratchPad };
+
+class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCopyDataTarget {
+  Q_OBJECT
+
+ public:
+  // arguments: the command line after the program name.
+  explicit TFrmViewer(const QStringList& arguments = {}, QWidget* parent = nullptr);
+  ~TFrmViewer() override;
+
+  // ---- Live intake
+  uint32_t WMCopyData(uint32_t tag, std::string_view data) override;
+  void CopyDataFailed(const std::string& text) override;
+  void ProcessMessage(const TZentrailMessage& message);
+  void StoreMessage(const TZentrailMessage& message);
+  void AddSeparator(const TZentrailMessage* source);
+  void AddResetSeparator(const TZentrailMessage* source);
+  void StampWithViewerIdentity(TZentrailMessage& message);
+  void ClearMessages(bool clearAll);
+  void ConfirmAndClear(bool clearAll);
+  void SetScratchPadLine(const QString& name, const QString& value);
+  void ClearScratchPad();
+  void DeleteScratchPadLine();
+
+  // Starts listening on <runtime>/viewer. False with a readable error when that is refused.
+  bool StartChannel(std::string& error);
+  TZTChannelServer& Channel() { return *FChannel; }
+
+  // ---- Files
+  virtual void LoadLogFile(const QString& fileName, bool append);
+
+  // ---- Views
+  IZTMessageView* CreateView(const QString& name, const TZTFilterCriteria& filter, bool modified,
+                             bool activate, const QString& viewClass);
+  IZTMessageView* GetViewIntf(int index) const;
+  int ViewCount() const { return static_cast<int>(FViews.size()); }
+  IZTMessageView* ActiveView() const;
+  int ActiveViewIndex() const;
+  void SetActiveViewIndex(int index);
+  void BindActiveView();
+  void ActivateView(IZTMessageView* view);
+  void PopulateView(IZTMessageView* view);
+
+  // ---- Panes and layout
+  void SetPaneVisible(TZTPane pane, bool visible);
+  bool PaneVisible(TZTPane pane) const;
+  void SetInspectorOnBottom(bool onBottom);
+  bool InspectorOnBottom() const { return FInspectorOnBottom; }
+  void SetFullSizeInspector(bool fullSize);
+  bool FullSizeInspector() const { return FFullSizeInspector; }
+  void SetAlwaysOnTop(bool onTop);
+  void SetDetailPanelVisible(bool visible);
+  void SetMessagesBlocked(bool blocked);
+  bool MessagesBlocked() const { return FMessagesBlocked; }
+  // tag 1..8 as the position commands
+  void PositionWindow(int tag);
+  void NextView(bool backwards);
+
+  // ---- Intake settings (the "General" section)
+  bool InsertSeparatorOnAppStart = false;
+  bool InsertSeparatorOnWakeUp = false;
+  bool SoundEffectOnWakeUp = false;
+  QString SoundEffectFile;
+  int32_t IdleTime = 10;
+  bool ConfirmOnClear = true;
+  bool AutoSaveProject = true;
+
+  // ---- State that tests and the command code read
+  int32_t NextMessageID() const { return FNextMessageID; }
+  const std::unordered_set<uint32_t>& SeenProcessIDs() const { return FSeenProcessIDs; }
+  uint32_t ViewerProcessID() const { return FProcessID; }
+  const QStringList& ScratchPadNames() const { return FScratchPadNames; }
+  QTableWidget* ScratchPadGrid() const { return grdScratchPad; }
+  QListWidget* CallStackList() const { return lstCallStack; }
+  QAction* Action(const QString& name) const;
+  int WakeUpSoundsPlayed() const { return FWakeUpSounds; }
+  QString StatusText(const QString& paneName) const;
+  QWidget* PaneWidget(const QString& name) const;
+
+  // ---- IZentrailApplication
+  int32_t GetRowHeight() override { return FRowHeight; }
+  QFont GetFont(int kind) override;
+  TZTMsgTypeStyle GetMsgTypeStyle(int32_t msgType) override;
+  bool GetAutoScroll() override { return FAutoScroll; }
+  bool GetAutoCollapse() override { return FAutoCollapse; }
+  bool GetFlattenStructure() override { return FFlattenStructure; }
+  uint16_t GetColumnOptions() override { return FColumnOptions; }
+  bool GetHideExtraColumns() override { return FHideExtraColumns; }
+  QMenu* GetPopupMenu() override { return mnuMessageList; }
+  TZTImageList* GetImageList(int kind) override;
+  TColor GetHighlightColor() override { return FHighlightColor; }
+  TColor GetHighlightFontColor() override { return FHighlightFontColor; }
+  TColor GetMarkerColor() override { return FMarkerColor; }
+  bool GetRowShading() override { return FRowShading; }
+  TColor GetRowShadingColor() override { return FRowShadingColor; }
+  TColor GetSyncMsgColor() override { return FSyncMsgColor; }
+  TColor GetSeparatorColor() override { return FSeparatorColor; }
+  TColor GetInactiveSeparatorColor() override { return FInactiveSeparatorColor; }
+  TColor GetAppStartSeparatorColor() override { return FAppStartSeparatorColor; }
+  void UpdateMessageDetails() override;
+  void UpdateCommandStates() override;
+  void SetStatusText(const QString& text) override;
+  void SetProgressMax(int32_t maximum) override;
+  void SetProgress(int32_t position) override;
+  void StepProgress() override;
+
+  void SetAutoScroll(bool on);
+  void SetAutoCollapse(bool on);
+  void SetFlattenStructure(bool on);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  // FormCreate in its parts, in the order they run.
+  void FormCreate(const QStringList& arguments);
+  void FormDestroy();
+  void CreateLayout();
+  void CreateCommands();
+  void CreateMenus();
+  void CreateToolbars();
+  void CreateStatusBar();
+  void CreateFixedView();
+  void LoadSettings();
+  void SaveSettings();
+
+  // The intake's fast road: a packet view goes to the store without a message object.
+  template <typename TMessage>
+  void ProcessMessageT(const TMessage& message);
+  template <typename TMessage>
+  void StoreMessageT(const TMessage& message);
+  template <typename TMessage>
+  void StoreSeparatorCopy(const TMessage& message, int32_t msgType);
+  void FanOut();
+  void ScratchPadMessage(std::string_view text);
+  void ReportIntakeFailures();
+
+  void ClearDetails();
+  void ClearCallStack();
+  void HideInspectors();
+  void UpdateStatusCounts();
+  void RefreshCallStack(IZTMessageView* view);
+  void ApplyChromeColours();
+  void ArrangeScratchPad();
+  void tabViewsChange(int index);
+  void ApplicationStateChanged(Qt::ApplicationState state);
+
+  // ---- Identity of messages that the viewer makes itself
+  QString FAppName;
+  QString FComputerName;
+  uint32_t FProcessID = 0;
+  QString FThreadName;
+  int32_t FTimeBias = 0;
+
+  // ---- Intake state
+  bool FMessagesBlocked = false;
+  int32_t FNextMessageID = 0;
+  std::unordered_set<uint32_t> FSeenProcessIDs;
+  bool FClearing = false;
+  TZentrailPacketView FPacket;     // reused for every packet
+  std::string FInflated;           // reused inflate buffer
+  std::vector<std::string> FPendingFailures;
+  int FDroppedFailures = 0;
+  int FWakeUpSounds = 0;
+  std::unique_ptr<TZTSoundPlayer> FSound;
+
+  // ---- Views
+  std::vector<IZTMessageView*> FViews;
+  IZTMessageViewList* FActiveList = nullptr;
+  IZTMessageViewMethods* FActiveMethods = nullptr;
+  IZTMessageViewSearch* FActiveSearch = nullptr;
+  IZTMessageViewPrint* FActivePrint = nullptr;
+  IZTMessageViewSave* FActiveSave = nullptr;
+  IZTMessageViewExport* FActiveExport = nullptr;
+  bool FViewsModified = false;
+  bool FPopulating = false;
+  bool FLoadingFile = false;
+  bool FLoadingSettings = false;
+
+  // ---- Display state
+  bool FInspectorOnBottom = false;
+  bool FFullSizeInspector = false;
+  uint8_t FFullSizeRestore = 0;
+  bool FInspectorVisible = false;
+  bool FCallStackVisible = false;
+  bool FScratchPadVisible = false;
+  bool FDetailPanelVisible = false;
+  bool FAutoScroll = true;
+  bool FAutoCollapse = true;
+  bool FFlattenStructure = false;
+  bool FHideExtraColumns = false;
+  uint16_t FColumnOptions = 0;
+  int32_t FRowHeight = 17;
+  QFont FMessageFont, FInspectorFont, FInspectorFixedFont;
+  TColor FHighlightColor = 0x00F0CDAA;
+  TColor FHighlightFontColor = 0x00502805;
+  TColor FMarkerColor = 0x00E6D8AD;
+  TColor FSyncMsgColor = 0x00AFEBFF;
+  TColor FSeparatorColor = 0x00E4AD89;
+  TColor FInactiveSeparatorColor = 0x00A0CDDE;
+  TColor FAppStartSeparatorColor = 0x00E4AD89;
+  TColor FValueColor = 0x008E3300;
+  bool FRowShading = true;
+  TColor FRowShadingColor = static_cast<TColor>(0xFF000010u);
+  int FScratchPadLightColor = 0;
+
+  // ---- Scratch pad
+  QStringList FScratchPadNames;
+  int32_t FScratchPadNameWidth = 50;
+
+  // ---- Widgets
+  TZTChannelServer* FChannel = nullptr;
+  QToolBar* tbrMain = nullptr;
+  QWidget* pnlSeparator = nullptr;
+  QSplitter* splMain = nullptr;
+  QSplitter* splLeft = nullptr;
+  QSplitter* splRight = nullptr;
+  QWidget* pnlViews = nullptr;
+  QToolBar* tbrView = nullptr;
+  QWidget* pnlTabSet = nullptr;
+  QTabBar* tabViews = nullptr;
+  QStackedWidget* nbkViews = nullptr;
+  TZTDetailPanel* pnlMsgDetails = nullptr;
+  QWidget* pnlLeftLower = nullptr;   // holder of splLeft's lower pane
+  QWidget* pnlRightUpper = nullptr;  // holder of splRight's upper pane
+  QWidget* pnlInspector = nullptr;
+  QWidget* pnlScratchPad = nullptr;  // grid and its toolbar
+  QBoxLayout* FScratchPadLayout = nullptr;
+  QTableWidget* grdScratchPad = nullptr;
+  QToolBar* tbrScratchPad = nullptr;
+  QTimer* tmrScratchPad = nullptr;
+  QWidget* pnlCallStack = nullptr;
+  QListWidget* lstCallStack = nullptr;
+  QLabel* stsTimeDiff = nullptr;
+  QLabel* stsMsgNum = nullptr;
+  QLabel* stsMsgCount = nullptr;
+  QLabel* stsSelCount = nullptr;
+  QLabel* stsProject = nullptr;
+  QProgressBar* pbrComplete = nullptr;
+  QLabel* stsMessage = nullptr;
+  QMenu* mnuMessageList = nullptr;
+  std::map<QString, QAction*> FActions;
+  std::unique_ptr<TZTImageList> FScratchPadImages;
+};
+
+}  // namespace zentrail
