@@ -121,12 +121,15 @@ void TFrmViewer::CopyDataFailed(const std::string& text) {
 void TFrmViewer::ReportIntakeFailures() {
   if (FPendingFailures.empty()) return;
   QString text = QString::fromStdString(FPendingFailures.front());
-  if (FDroppedFailures > 0)
-    text += QStringLiteral("\n\n%1 further message(s) could not be read either.").arg(FDroppedFailures);
-  FDroppedFailures = 0;
   PromptService().ShowMessage(nbkViews, text, TZTPromptKind::Error);
-  // Cleared only after the dialog, so that failures while it is open count into the next report.
   FPendingFailures.clear();
+  // Failures that came while the dialog was open are summed up in one more report.
+  if (FDroppedFailures > 0) {
+    FPendingFailures.push_back(std::to_string(FDroppedFailures) +
+                               " further message(s) could not be read while the last error was shown.");
+    FDroppedFailures = 0;
+    QTimer::singleShot(0, this, [this] { ReportIntakeFailures(); });
+  }
 }
 
 void TFrmViewer::ProcessMessage(const TZentrailMessage& message) { ProcessMessageT(message); }
