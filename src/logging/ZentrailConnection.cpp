@@ -1,5 +1,6 @@
 #include "ZentrailConnection.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -139,9 +140,10 @@ int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailM
                                              std::string& dispatchID, int32_t& dispatchIDDate) {
   {
     std::lock_guard lock(FMonitor);
+    bool connected = Connect();
     if (FRoutesLost.exchange(false))
       for (auto& r : FDispatchIDs) r.Code.reset();
-    if (!Connect()) return 0;
+    if (!connected) return 0;
     TRoute* route = FindRoute(dispatchID);
     if (!route || Today() - 1 > dispatchIDDate) route = &NewRoute(dispatchID, dispatchIDDate);
     TZentrailDestination& destination = logger.EffectiveDestination();
@@ -228,7 +230,15 @@ void TZentrailCopyDataConnection::DropIdleSockets() {
 bool TZentrailCopyDataConnection::Connect() {
   {
     std::lock_guard lock(FPoolLock);
-    if (!FIdle.empty()) return true;
+    if (!FIdle.empty()) {
+      // An idle socket has nothing to read; if it has, the dispatcher closed it (it ended or was
+      // replaced), and a new one must first hear of the routes again.
+      pollfd p{FIdle.back(), POLLIN, 0};
+      if (poll(&p, 1, 0) == 0) return true;
+      for (int fd : FIdle) close(fd);
+      FIdle.clear();
+      ForgetAnnouncedRoutes();
+    }
   }
   std::string error;
   std::string path = DispatcherSocketPath(error);
