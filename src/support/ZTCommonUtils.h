@@ -31,8 +31,9 @@ std::string GetInstallPath();
 // Configuration: $XDG_CONFIG_HOME, else ~/.config. The folder itself is not made here.
 std::string GetSpecialFolder(int folderId);
 
-// The documents folder + subPath (a "\" in subPath counts as "/"); if there is no documents
-// folder, GetInstallPath() + subPath; empty if neither exists. The folders are made.
+// The documents folder + subPath (a "\" in subPath counts as "/"), the folders made; if they
+// can't be made there, GetInstallPath() + subPath (made as well). Without an install path the
+// documents path is returned all the same; empty only if there is no home folder either.
 std::string GetUserFilesFolder(std::string_view subPath);
 // Local application data + "Orvan/Zentrail/5.0/" (made); the executable's folder if that fails.
 std::string GetAppDataFolder();

@@ -14,13 +14,15 @@ class EnvGuard {
   EnvGuard() = default;
   EnvGuard(const EnvGuard&) = delete;
   EnvGuard& operator=(const EnvGuard&) = delete;
-  ~EnvGuard() {
+  ~EnvGuard() { Restore(); }
+  void Restore() {
     for (auto it = FSaved.rbegin(); it != FSaved.rend(); ++it) {
       if (it->second)
         ::setenv(it->first.c_str(), it->second->c_str(), 1);
       else
         ::unsetenv(it->first.c_str());
     }
+    FSaved.clear();
   }
   void Set(const std::string& name, const std::string& value) {
     Save(name);
