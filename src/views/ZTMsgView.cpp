@@ -655,7 +655,8 @@ void TZTMessageView::FindMatchingMethod() {
 
 void TZTMessageView::TraverseCallStack(TZTCallStackList& strings) {
   const int32_t focus = ItemIndex();
-  if (focus < 0 || NumItems() < 2) return;
+  // Row 0 has nothing above it: the list keeps what it had, as the pane empties itself.
+  if (focus <= 0 || NumItems() < 2) return;
   strings.clear();
   TZentrailMessageSet& ms = MessageSet;
   int32_t level = GetIndentLevel(focus);

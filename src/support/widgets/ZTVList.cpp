@@ -396,7 +396,13 @@ void TZTCustomVirtualListBox::SelectRange(int32_t from, int32_t to, bool selecte
 void TZTCustomVirtualListBox::MoveFocusTo(int32_t row, bool extend) {
   if (FNumItems <= 0) return;
   row = Clamp(row, 0, FNumItems - 1);
-  if (row == FItemIndex && !extend) return;
+  if (row == FItemIndex && !extend) {
+    // No change of focus, but a plain key still leaves the focused row as the only selection.
+    DeselectAll();
+    SelectItem(row, true);
+    FAnchor = row;
+    return;
+  }
   if (extend && FMultiSelect) {
     if (FAnchor < 0) FAnchor = FItemIndex >= 0 ? FItemIndex : row;
     DeselectAll();

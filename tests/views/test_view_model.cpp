@@ -1,0 +1,347 @@
+// The view model over the real store: items, rows, indents, the type-43 rewrite, clearing, the
+// indent reset, filtering at the door and the selection flags.
+
+#include <map>
+
+#include "ViewTestSupport.h"
+
+namespace zentrail::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+using Ints = std::vector<int32_t>;
+
+class ViewModel : public TViewTest {};
+
+TEST_F(ViewModel, IndentsFollowNestingAndExitsPairWithTheirEnter) {
+  TZTMessageView view;
+  Store(ztmEnterMethod, "A", {&view});
+  Store(ztmInfo, "a1", {&view});
+  Store(ztmEnterMethod, "B", {&view});
+  Store(ztmInfo, "b1", {&view});
+  Store(ztmExitMethod, "B", {&view});
+  Store(ztmExitMethod, "A", {&view});
+  Store(ztmInfo, "x", {&view});
+  Store(ztmExitMethod, "stray", {&view});
+  Store(ztmInfo, "y", {&view});
+
+  EXPECT_EQ(view.GetCount(), 9);
+  EXPECT_EQ(view.ItemCount(), 9);
+  EXPECT_EQ(RowIndents(view), (Ints{0, 1, 1, 2, 1, 0, 0, 0, 0}));
+  EXPECT_EQ(view.IndentLevel(), 0);
+  for (int32_t row = 0; row < view.GetCount(); ++row) EXPECT_EQ(view.GetMsgRecNo(row), row + 1);
+
+  EXPECT_EQ(view.FindMethodEnd(0), 5);
+  EXPECT_EQ(view.FindMethodEnd(2), 4);
+  EXPECT_EQ(view.FindEnterRow(5), 0);
+  EXPECT_EQ(view.FindEnterRow(4), 2);
+  // An Exit with no Enter stays at the left edge and finds no partner: the sibling Exit above stops the walk.
+  EXPECT_EQ(view.FindEnterRow(7), -1);
+  EXPECT_THROW(view.GetMsgRecNo(9), std::out_of_range);
+}
+
+TEST_F(ViewModel, ExitCollapseIsRewrittenByTheFirstAcceptingViewOnly) {
+  TFakeApplication app;
+  TZTMessageView first(nullptr, &app), second(nullptr, &app);
+  Store(ztmInfo, "before", {&first, &second});
+  Store(ztmEnterMethod, "M", {&first, &second});
+  Store(ztmInfo, "inside", {&first, &second});
+  const int32_t exitRec = Store(ztmExitMethodCollapse, "M", {&first, &second});
+
+  MessageSet.GotoRec(exitRec);
+  EXPECT_EQ(MessageSet.GetMsgType(), ztmExitMethod);
+
+  EXPECT_EQ(RowTexts(first), (Texts{"before", "M"}));
+  EXPECT_TRUE(first.Item(1).Collapsed);
+  EXPECT_EQ(first.GetFocusedMsgIndex(), 1);
+  EXPECT_EQ(first.ItemCount(), 4);
+  EXPECT_EQ(app.CommandUpdates, 1);
+
+  EXPECT_EQ(RowTexts(second), (Texts{"before", "M", "inside", "M"}));
+  EXPECT_FALSE(second.Item(1).Collapsed);
+  EXPECT_EQ(second.GetFocusedMsgIndex(), -1);
+}
+
+TEST_F(ViewModel, AutoCollapseFoldsOnlyAdjacentPairs) {
+  TFakeApplication app;
+  app.AutoCollapse = true;
+  TZTMessageView view(nullptr, &app);
+  view.InitView();
+  Store(ztmEnterMethod, "Pair", {&view});
+  Store(ztmExitMethod, "Pair", {&view});
+  EXPECT_EQ(RowTexts(view), (Texts{"Pair"}));
+  EXPECT_TRUE(view.Item(0).Collapsed);
+
+  // Three nested methods in one burst: only the innermost pair is adjacent.
+  Store(ztmEnterMethod, "A", {&view});
+  Store(ztmEnterMethod, "B", {&view});
+  Store(ztmEnterMethod, "C", {&view});
+  Store(ztmExitMethod, "C", {&view});
+  Store(ztmExitMethod, "B", {&view});
+  Store(ztmExitMethod, "A", {&view});
+  EXPECT_EQ(RowTexts(view), (Texts{"Pair", "A", "B", "C", "B", "A"}));
+  EXPECT_FALSE(view.Item(2).Collapsed);
+  EXPECT_FALSE(view.Item(3).Collapsed);
+  EXPECT_TRUE(view.Item(4).Collapsed);
+
+  // A view that takes only the Exit has nothing to fold.
+  TZTMessageView exitsOnly(nullptr, &app);
+  exitsOnly.InitView();
+  TZTFilterCriteria criteria;
+  criteria.CheckMsgTypes = true;
+  criteria.MsgTypeSet.set(ztmExitMethod);
+  exitsOnly.SetFilterCriteria(criteria);
+  Store(ztmEnterMethod, "Q", {&view, &exitsOnly});
+  Store(ztmExitMethod, "Q", {&view, &exitsOnly});
+  EXPECT_EQ(RowTexts(exitsOnly), (Texts{"Q"}));
+  EXPECT_EQ(exitsOnly.GetIndentLevel(0), 0);
+  EXPECT_FALSE(exitsOnly.Item(0).Collapsed);
+}
+
+TEST_F(ViewModel, ClearViewEmptiesOneViewAndResetsItsLevel) {
+  TZTMessageView view, other;
+  Store(ztmEnterMethod, "A", {&view, &other});
+  Store(ztmEnterMethod, "B", {&view, &other});
+  Store(ztmInfo, "deep", {&view, &other});
+  view.SetFocusedMsgIndex(2);
+  view.ToggleBookmark(3);
+  view.SetSyncMsgRecNo(2);
+  TZTFilterCriteria criteria;
+  criteria.CheckAppName = true;
+  criteria.AppName = "DEMO";
+  view.SetFilterCriteria(criteria);
+  ASSERT_EQ(view.GetBookmark(3), 3);
+
+  view.ClearView();
+  EXPECT_EQ(view.GetCount(), 0);
+  EXPECT_EQ(view.ItemCount(), 0);
+  EXPECT_EQ(view.IndentLevel(), 0);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), -1);
+  EXPECT_EQ(view.GetBookmark(3), -1);
+  EXPECT_EQ(view.UpdateCount(), 0);
+  // The filter and the synchronised record stay.
+  TZTFilterCriteria kept;
+  view.GetFilterCriteria(kept);
+  EXPECT_EQ(kept, criteria);
+  EXPECT_EQ(view.SyncMsgRecNo(), 2);
+  EXPECT_EQ(other.GetCount(), 3);
+  EXPECT_EQ(MessageSet.GetRecordCount(), 3);
+
+  // A later Exit stays at level 0.
+  Store(ztmExitMethod, "B", {&view, &other});
+  EXPECT_EQ(view.GetIndentLevel(0), 0);
+  EXPECT_EQ(other.GetIndentLevel(3), 1);
+}
+
+TEST_F(ViewModel, ResetIndentLevelKeepsRowsAndPairing) {
+  TZTMessageView view;
+  Store(ztmEnterMethod, "A", {&view});
+  Store(ztmInfo, "a", {&view});
+  view.ResetIndentLevel();
+  Store(ztmInfo, "after reset", {&view});
+  Store(ztmExitMethod, "A", {&view});
+  EXPECT_EQ(RowIndents(view), (Ints{0, 1, 0, 0}));
+  // The pairing counts Enter and Exit messages and ignores levels.
+  EXPECT_EQ(view.FindMethodEnd(0), 3);
+  view.CollapseMethod(0);
+  EXPECT_EQ(RowTexts(view), (Texts{"A"}));
+}
+
+TEST_F(ViewModel, FilterDecidesAtTheDoorAndAutoScrollFollowsOnlyTakers) {
+  TFakeApplication app;
+  app.AutoScroll = true;
+  TZTMessageView all(nullptr, &app), errors(nullptr, &app), nothing(nullptr, &app);
+  for (auto* v : {&all, &errors, &nothing}) {
+    v->InitView();
+    v->resize(400, 200);
+    v->show();
+  }
+  TZTFilterCriteria onlyErrors;
+  onlyErrors.CheckMsgTypes = true;
+  onlyErrors.MsgTypeSet.set(ztmError);
+  errors.SetFilterCriteria(onlyErrors);
+  TZTFilterCriteria none;
+  none.CheckMsgTypes = true;  // both sets empty: nothing passes, separators neither
+  nothing.SetFilterCriteria(none);
+
+  Store(ztmError, "first error", {&all, &errors, &nothing});
+  for (int i = 0; i < 100; ++i) Store(ztmInfo, "info " + std::to_string(i), {&all, &errors, &nothing});
+  Store(ztmSeparator, "-", {&all, &errors, &nothing});
+  Store(ztmEnterMethod, "refused enter", {&all, &errors, &nothing});
+
+  EXPECT_EQ(nothing.GetCount(), 0);
+  EXPECT_EQ(nothing.IndentLevel(), 0);
+  EXPECT_EQ(errors.GetCount(), 1);
+  EXPECT_EQ(errors.IndentLevel(), 0);  // the refused Enter left no trace
+  EXPECT_EQ(all.GetCount(), 103);
+  EXPECT_EQ(all.TopIndex(), all.GetCount() - all.VisibleRows());
+  EXPECT_EQ(errors.TopIndex(), 0);
+
+  // Names compare whole, ignoring ASCII case; the text is a case-insensitive pattern anywhere.
+  TZTMessageView byName;
+  TZTFilterCriteria c;
+  c.CheckAppName = true;
+  c.AppName = "DeMo";
+  c.CheckMessageText = true;
+  c.MessageText = "ERR(or)?\\b";
+  byName.SetFilterCriteria(c);
+  Store(ztmInfo, "an error here", {&byName});
+  Store(ztmInfo, "errand", {&byName});
+  EXPECT_EQ(RowTexts(byName), (Texts{"an error here"}));
+  c.MessageText = "([unclosed";
+  EXPECT_THROW(byName.SetFilterCriteria(c), EZTRegExError);
+
+  // Type or content: a Warning carrying a bitmap passes a filter on either.
+  TZTMessageView bitmaps;
+  TZTFilterCriteria b;
+  b.CheckMsgTypes = true;
+  b.MsgContentSet.set(ztmBitmap);
+  bitmaps.SetFilterCriteria(b);
+  Store(ztmWarning, "picture", {&bitmaps}, ztmBitmap);
+  Store(ztmWarning, "plain", {&bitmaps}, ztmText);
+  Store(1000, "custom with bitmap", {&bitmaps}, ztmBitmap);
+  EXPECT_EQ(RowTexts(bitmaps), (Texts{"picture", "custom with bitmap"}));
+}
+
+TEST_F(ViewModel, SelectionFlagsFollowItemsAndCollapsedRows) {
+  TZTMessageView view;
+  Store(ztmInfo, "zero", {&view});
+  Store(ztmEnterMethod, "M", {&view});
+  Store(ztmInfo, "m1", {&view});
+  Store(ztmExitMethod, "M", {&view});
+  Store(ztmInfo, "four", {&view});
+  Store(ztmEnterMethod, "Open", {&view});
+  view.CollapseMethod(1);
+  ASSERT_EQ(RowTexts(view), (Texts{"zero", "M", "four", "Open"}));
+
+  // Selecting a collapsed row selects its whole method, hidden items included.
+  view.Select(1, true);
+  EXPECT_TRUE(view.ItemSelected(1));
+  EXPECT_TRUE(view.ItemSelected(2));
+  EXPECT_TRUE(view.ItemSelected(3));
+  EXPECT_FALSE(view.ItemSelected(4));
+  // GetSelected and SetSelected look at the row's own item only.
+  view.SetSelected(1, false);
+  EXPECT_FALSE(view.ItemSelected(1));
+  EXPECT_TRUE(view.ItemSelected(2));
+  view.RemoveAllSelections();
+
+  // A focused row counts as selected.
+  view.Select(0, true);
+  view.SetFocusedMsgIndex(2);
+  EXPECT_EQ(view.GetSelCount(), 2);
+  view.SetFocusedMsgIndex(0);
+  EXPECT_EQ(view.GetSelCount(), 1);
+
+  int32_t first = 0, last = 0;
+  view.Select(2, true);
+  view.GetFirstLastSelections(first, last);
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(last, 5);
+
+  // Row -1 means every item, visible or not.
+  view.Select(-1, true);
+  for (int32_t item = 0; item < view.ItemCount(); ++item) EXPECT_TRUE(view.ItemSelected(item));
+  view.Select(-1, false);
+  EXPECT_EQ(SelectedRows(view), Ints{});
+  EXPECT_THROW(view.GetFirstLastSelections(first, last), std::out_of_range);
+
+  // IsSelected answers false outside the rows instead of failing.
+  EXPECT_FALSE(view.IsSelected(-1));
+  EXPECT_FALSE(view.IsSelected(99));
+}
+
+TEST_F(ViewModel, BookmarksHoldRecordsAndJumpToTheNextLaterRow) {
+  TZTMessageView view;
+  for (int i = 0; i < 6; ++i) Store(ztmInfo, "m" + std::to_string(i), {&view});
+  view.SetFocusedMsgIndex(3);
+  view.ToggleBookmark(1);
+  EXPECT_EQ(view.GetBookmark(1), 4);
+  EXPECT_EQ(view.FindBookmark(4), 1);
+  view.ToggleBookmark(1);
+  EXPECT_EQ(view.GetBookmark(1), -1);
+  view.ToggleBookmark(2);
+  view.SetFocusedMsgIndex(0);
+  view.JumpToBookmark(2);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
+  EXPECT_EQ(SelectedRows(view), Ints{3});
+  EXPECT_THROW(view.ToggleBookmark(10), std::out_of_range);
+
+  // A record the view doesn't hold: the next later message it holds.
+  TZTMessageView odd;
+  TZTFilterCriteria c;
+  c.CheckMessageText = true;
+  c.MessageText = "m[135]";
+  odd.SetFilterCriteria(c);
+  for (int32_t rec = 1; rec <= MessageSet.GetRecordCount(); ++rec) {
+    MessageSet.GotoRec(rec);
+    odd.AddMessage(false);
+  }
+  ASSERT_EQ(RowTexts(odd), (Texts{"m1", "m3", "m5"}));
+  odd.JumpToMsgRecNo(3);  // holds "m2", which odd refused
+  EXPECT_EQ(odd.GetFocusedMsgIndex(), 1);
+}
+
+class TMapSettings : public ICustomViewReadSettings, public ICustomViewWriteSettings {
+ public:
+  std::string ReadString(const std::string& key, const std::string& d) override {
+    auto it = Values.find(key);
+    return it == Values.end() ? d : it->second;
+  }
+  int32_t ReadInteger(const std::string& key, int32_t d) override {
+    auto it = Values.find(key);
+    return it == Values.end() ? d : std::stoi(it->second);
+  }
+  bool ReadBool(const std::string& key, bool d) override {
+    auto it = Values.find(key);
+    return it == Values.end() ? d : it->second == "1";
+  }
+  double ReadFloat(const std::string& key, double d) override {
+    auto it = Values.find(key);
+    return it == Values.end() ? d : std::stod(it->second);
+  }
+  void WriteString(const std::string& key, const std::string& v) override { Values[key] = v; Order.push_back(key); }
+  void WriteInteger(const std::string& key, int32_t v) override { WriteString(key, std::to_string(v)); }
+  void WriteBool(const std::string& key, bool v) override { WriteString(key, v ? "1" : "0"); }
+  void WriteFloat(const std::string& key, double v) override { WriteString(key, std::to_string(v)); }
+  std::map<std::string, std::string> Values;
+  std::vector<std::string> Order;
+};
+
+TEST_F(ViewModel, FilterSettingsRoundTripThroughTheViewSection) {
+  TZTMessageView view;
+  TZTFilterCriteria c;
+  c.CheckThreadName = true;
+  c.ThreadName = "worker";
+  c.CheckMsgTypes = true;
+  c.MsgTypeSet.set(ztmError);
+  c.MsgTypeSet.set(100);
+  c.MsgContentSet.set(ztmBitmap);
+  c.MessageText = "not written while unchecked";
+  view.SetFilterCriteria(c);
+  TMapSettings settings;
+  view.WriteSettings(settings);
+  EXPECT_EQ(settings.Order.front(), "CheckMsgTypes");
+  EXPECT_EQ(settings.Values.count("MessageText"), 0u);
+  EXPECT_EQ(settings.Values["MsgTypeSet"], std::string("001") + std::string(43, '0') + "1");
+  EXPECT_EQ(settings.Values["ThreadName"], "worker");
+
+  TZTMessageView reread;
+  reread.ReadSettings(settings);
+  TZTFilterCriteria back;
+  reread.GetFilterCriteria(back);
+  c.MessageText.clear();
+  EXPECT_EQ(back, c);
+
+  // A short set text of an older project gives its last character to code 100.
+  TMapSettings old;
+  old.Values = {{"CheckMsgTypes", "1"}, {"MsgTypeSet", "11"}};
+  reread.ReadSettings(old);
+  reread.GetFilterCriteria(back);
+  EXPECT_TRUE(back.MsgTypeSet.test(0));
+  EXPECT_FALSE(back.MsgTypeSet.test(1));
+  EXPECT_TRUE(back.MsgTypeSet.test(100));
+}
+
+}  // namespace
+}  // namespace zentrail::test
