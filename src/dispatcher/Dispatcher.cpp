@@ -32,8 +32,15 @@ namespace {
 constexpr int32_t kUnixEpochDays = 25569;
 
 int32_t LocalDay(struct tm& local) {
+  // The calendar is asked once a second at most: localtime may look at the zone file each time.
+  thread_local time_t lastSecond = -1;
+  thread_local struct tm lastLocal {};
   time_t now = time(nullptr);
-  localtime_r(&now, &local);
+  if (now != lastSecond) {
+    localtime_r(&now, &lastLocal);
+    lastSecond = now;
+  }
+  local = lastLocal;
   struct tm d {};
   d.tm_year = local.tm_year;
   d.tm_mon = local.tm_mon;

@@ -4,6 +4,7 @@
 // announced with a control message (91) that names its destination and closed with another (92).
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -108,8 +109,12 @@ class TZentrailCopyDataConnection : public TZentrailConnection {
   void ReturnSocket(int fd);
   void DropIdleSockets();
 
+  struct TIdle {
+    int Fd;
+    std::chrono::steady_clock::time_point Since;
+  };
   std::mutex FPoolLock;
-  std::vector<int> FIdle;
+  std::vector<TIdle> FIdle;
 };
 
 class TZentrailTcpConnection : public TZentrailConnection {

@@ -15,7 +15,10 @@ namespace {
 // Days from 30 December 1899 to 1 January 1970.
 constexpr int32_t kUnixEpochDays = 25569;
 
-pid_t CurrentThreadId() { return static_cast<pid_t>(syscall(SYS_gettid)); }
+pid_t CurrentThreadId() {
+  thread_local pid_t id = static_cast<pid_t>(syscall(SYS_gettid));
+  return id;
+}
 
 std::string ExecutableBaseName() {
   char buf[4096];

@@ -1,0 +1,91 @@
+// The zentrail-send command, run as a user would run it.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "../logging/ZentrailTestServers.h"
+#include "TestEnvironment.h"
+
+using namespace zentrail;
+using namespace zentrail::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct SendTest : ::testing::Test {
+  TChildProcess dispatcher;
+  fs::path dir;
+  std::string socket;
+
+  void SetUp() override {
+    std::string error;
+    socket = DispatcherSocketPath(error);
+    dir = MakeTempDir("send");
+    RegisterDispatcher("/nonexistent/zentrail-dispatcher");
+  }
+  void StartDispatcher() {
+    ASSERT_TRUE(dispatcher.Start(BinaryPath("src/dispatcher/zentrail-dispatcher"), {}));
+    ASSERT_TRUE(WaitUntil([&] { return SocketAnswers(socket); }));
+  }
+  // Runs zentrail-send with the arguments (already quoted for the shell); its exit status.
+  int Send(const std::string& args, const std::string& input = "", std::string* output = nullptr) {
+    fs::path in = dir / "stdin.txt", out = dir / "out.txt";
+    WriteFile(in, input);
+    std::string command = "timeout 20 '" + BinaryPath("tools/zentrail-send/zentrail-send") + "' " + args + " <'" +
+                          in.string() + "' >'" + out.string() + "' 2>&1";
+    int rc = std::system(command.c_str());
+    if (output) *output = ReadFile(out);
+    return WIFEXITED(rc) ? WEXITSTATUS(rc) : -1;
+  }
+};
+
+}  // namespace
+
+TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
+  StartDispatcher();
+  std::string log = (dir / "send.ztl").string();
+  WriteFile(dir / "details.txt", "key=value\r\nother=1");
+  std::string dest = "--dest 'File[Path=" + log + "]' ";
+  EXPECT_EQ(Send(dest + "--type warning --category Build --app ci-job --details-file '" + (dir / "details.txt").string() +
+                 "' 'disk almost full'"),
+            0);
+  EXPECT_EQ(Send(dest + "--type 24 -- '--looks like an option'"), 0);
+  EXPECT_EQ(Send(dest + "--lines --type error", "first line\nsecond line\r\n\nlast"), 0);
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+
+  auto messages = ReadLog(log);
+  ASSERT_EQ(messages.size(), 6u);
+  EXPECT_EQ(messages[0].MsgType, ztmWarning);
+  EXPECT_EQ(messages[0].MsgText, "disk almost full");
+  EXPECT_EQ(messages[0].Category, "Build");
+  EXPECT_EQ(messages[0].AppName, "ci-job");
+  EXPECT_EQ(messages[0].Details, "key=value\r\nother=1");
+  EXPECT_EQ(messages[1].MsgType, ztmLevel1);
+  EXPECT_EQ(messages[1].MsgText, "--looks like an option");
+  EXPECT_EQ(messages[1].AppName, "zentrail-send");
+  std::vector<std::string> lines{"first line", "second line", "", "last"};
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    EXPECT_EQ(messages[2 + i].MsgType, ztmError);
+    EXPECT_EQ(messages[2 + i].MsgText, lines[i]);
+  }
+}
+
+TEST_F(SendTest, ReportsFailuresAndWrongArguments) {
+  std::string out;
+  // No dispatcher runs and none can be started.
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(Send("'hello'", "", &out), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_NE(out.find("not taken"), std::string::npos) << out;
+
+  EXPECT_EQ(Send("--help", "", &out), 0);
+  EXPECT_NE(out.find("Usage: zentrail-send"), std::string::npos);
+  EXPECT_EQ(Send("--type bogus 'x'", "", &out), 2);
+  EXPECT_NE(out.find("unknown message type: bogus"), std::string::npos) << out;
+  EXPECT_EQ(Send("--type 91 'x'", "", &out), 2) << "route control types are not for users";
+  EXPECT_EQ(Send("", "", &out), 2);
+  EXPECT_EQ(Send("--lines 'text too'", "", &out), 2);
+  EXPECT_EQ(Send("--dest 'Printer[a=b]' 'x'", "", &out), 2);
+  EXPECT_NE(out.find("Invalid Destination Type -- Printer is not recognized"), std::string::npos) << out;
+  EXPECT_EQ(Send("--details-file /nonexistent/file 'x'", "", &out), 2);
+}
