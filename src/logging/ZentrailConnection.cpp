@@ -20,6 +20,10 @@ namespace zentrail {
 
 namespace {
 
+// Set by a transport when a connection that had served before turned out dead: the dispatcher
+// ended or was replaced since, and the message may be tried once more on a fresh connection.
+thread_local bool tPeerLost = false;
+
 int32_t Today() {
   TZentrailTimeStamp t;
   ZentrailManager.GetTimeStamp(t);
@@ -138,41 +142,53 @@ void TZentrailConnection::ForgetAnnouncedRoutes() {
 
 int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailMessage& message,
                                              std::string& dispatchID, int32_t& dispatchIDDate) {
-  {
-    std::lock_guard lock(FMonitor);
-    bool connected = Connect();
-    if (FRoutesLost.exchange(false))
-      for (auto& r : FDispatchIDs) r.Code.reset();
-    if (!connected) return 0;
-    TRoute* route = FindRoute(dispatchID);
-    if (!route || Today() - 1 > dispatchIDDate) route = &NewRoute(dispatchID, dispatchIDDate);
-    TZentrailDestination& destination = logger.EffectiveDestination();
-    int32_t code = destination.DestinationCode();
-    if (!route->Code || *route->Code != code) {
-      if (route->Code) {
-        CloseRoute(*route, logger.Category());
-        route = &NewRoute(dispatchID, dispatchIDDate);
+  // A second round only when the first found its dispatcher gone: the route is then announced
+  // to whichever dispatcher answers now.
+  for (int round = 0; round < 2; ++round) {
+    tPeerLost = false;
+    {
+      std::lock_guard lock(FMonitor);
+      bool connected = Connect();
+      if (FRoutesLost.exchange(false))
+        for (auto& r : FDispatchIDs) r.Code.reset();
+      if (!connected) return 0;
+      TRoute* route = FindRoute(dispatchID);
+      if (!route || Today() - 1 > dispatchIDDate) route = &NewRoute(dispatchID, dispatchIDDate);
+      TZentrailDestination& destination = logger.EffectiveDestination();
+      int32_t code = destination.DestinationCode();
+      if (!route->Code || *route->Code != code) {
+        if (route->Code) {
+          CloseRoute(*route, logger.Category());
+          route = &NewRoute(dispatchID, dispatchIDDate);
+        }
+        destination.Validate();  // an invalid destination raises to the application
+        TZentrailMessage control;
+        FillControl(control, ztmOpenRoute, route->ID, logger.Category());
+        control.MsgText = destination.AsString();
+        int announced = 0;
+        try {
+          announced = InternalSend(control);
+        } catch (...) {
+          announced = 0;
+        }
+        if (announced == 0) {
+          if (tPeerLost) continue;
+          return 0;
+        }
+        route->Code = code;
       }
-      destination.Validate();  // an invalid destination raises to the application
-      TZentrailMessage control;
-      FillControl(control, ztmOpenRoute, route->ID, logger.Category());
-      control.MsgText = destination.AsString();
-      int announced = 0;
-      try {
-        announced = InternalSend(control);
-      } catch (...) {
-        announced = 0;
-      }
-      if (announced == 0) return 0;
-      route->Code = code;
+      message.RouteKey = route->ID;
     }
-    message.RouteKey = route->ID;
+    int result = 0;
+    try {
+      result = InternalSend(message);
+    } catch (...) {
+      result = 0;
+    }
+    if (result == 0 && tPeerLost) continue;
+    return result;
   }
-  try {
-    return InternalSend(message);
-  } catch (...) {
-    return 0;
-  }
+  return 0;
 }
 
 uint32_t TZentrailConnection::EncodeFrame(const TZentrailMessage& message, std::string& payload) {
@@ -201,15 +217,17 @@ TZentrailCopyDataConnection::~TZentrailCopyDataConnection() {
   DropIdleSockets();
 }
 
-int TZentrailCopyDataConnection::TakeSocket() {
+int TZentrailCopyDataConnection::TakeSocket(bool& reused) {
   {
     std::lock_guard lock(FPoolLock);
     if (!FIdle.empty()) {
       int fd = FIdle.back().Fd;
       FIdle.pop_back();
+      reused = true;
       return fd;
     }
   }
+  reused = false;
   std::string error;
   std::string path = DispatcherSocketPath(error);
   if (path.empty()) return -1;
@@ -231,18 +249,8 @@ void TZentrailCopyDataConnection::DropIdleSockets() {
 bool TZentrailCopyDataConnection::Connect() {
   {
     std::lock_guard lock(FPoolLock);
-    if (!FIdle.empty()) {
-      // An idle socket has nothing to read; if it has, the dispatcher closed it (it ended or was
-      // replaced), and a new one must first hear of the routes again. A socket used a moment ago
-      // is taken on trust, which keeps a busy sender free of the extra call.
-      const TIdle& idle = FIdle.back();
-      if (std::chrono::steady_clock::now() - idle.Since < std::chrono::milliseconds(50)) return true;
-      pollfd p{idle.Fd, POLLIN, 0};
-      if (poll(&p, 1, 0) == 0) return true;
-      for (const TIdle& i : FIdle) close(i.Fd);
-      FIdle.clear();
-      ForgetAnnouncedRoutes();
-    }
+    // A dead idle socket is found by the send that uses it, which then tries once more.
+    if (!FIdle.empty()) return true;
   }
   std::string error;
   std::string path = DispatcherSocketPath(error);
@@ -260,7 +268,8 @@ bool TZentrailCopyDataConnection::Connect() {
 int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
   thread_local std::string payload;
   uint32_t tag = EncodeFrame(message, payload);
-  int fd = TakeSocket();
+  bool reused = false;
+  int fd = TakeSocket(reused);
   if (fd < 0) return 0;
   std::string error;
   int result = SendFrameAndWaitReply(fd, tag, payload, error);
@@ -269,6 +278,7 @@ int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
     close(fd);
     DropIdleSockets();
     ForgetAnnouncedRoutes();
+    if (reused) tPeerLost = true;
     return 0;
   }
   ReturnSocket(fd);
@@ -312,6 +322,7 @@ int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
   uint32_t tag = EncodeFrame(message, payload);
   std::lock_guard lock(FTcpLock);
   std::string error;
+  bool reused = FFd >= 0;
   if (FFd < 0) {
     // A bounded connect: an unreachable host must not hold the application for minutes.
     FFd = ConnectTcp(FHost, FPort, 5000, error);
@@ -322,6 +333,7 @@ int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
     close(FFd);
     FFd = -1;
     ForgetAnnouncedRoutes();
+    if (reused) tPeerLost = true;
     return 0;
   }
   return result;

@@ -105,7 +105,7 @@ class TZentrailCopyDataConnection : public TZentrailConnection {
   void CloseDispatcher() override;
 
  private:
-  int TakeSocket();
+  int TakeSocket(bool& reused);
   void ReturnSocket(int fd);
   void DropIdleSockets();
 
