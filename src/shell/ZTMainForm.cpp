@@ -197,6 +197,12 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   FHighlightFontColor = 0x00502805;
 
   FChannel = new TZTChannelServer(*this, this);
+  FPaintClock.start();
+  FPaintTimer = new QTimer(this);
+  FPaintTimer->setSingleShot(true);
+  connect(FPaintTimer, &QTimer::timeout, this, [this] {
+    QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest), Qt::LowEventPriority);
+  });
   CreateCommands();
   CreateLayout();
   CreateMenus();
@@ -1169,6 +1175,24 @@ bool TFrmViewer::eventFilter(QObject* watched, QEvent* event) {
     }
   }
   return QMainWindow::eventFilter(watched, event);
+}
+
+bool TFrmViewer::event(QEvent* event) {
+  // Every live message marks a row dirty, and the loop would repaint the window after each one.
+  // The screen cannot show more than a few dozen frames a second anyway, so while messages stream
+  // in, painting runs at most once per interval and the rest of the time goes to the messages.
+  // A window that has been quiet for the interval paints at once.
+  if (event->type() == QEvent::UpdateRequest) {
+    constexpr qint64 kMinPaintIntervalMs = 40;
+    qint64 now = FPaintClock.elapsed();
+    qint64 since = now - FLastPaint;
+    if (since < kMinPaintIntervalMs) {
+      if (!FPaintTimer->isActive()) FPaintTimer->start(static_cast<int>(kMinPaintIntervalMs - since));
+      return true;
+    }
+    FLastPaint = now;
+  }
+  return QMainWindow::event(event);
 }
 
 void TFrmViewer::closeEvent(QCloseEvent* event) {

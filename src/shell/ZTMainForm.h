@@ -3,6 +3,7 @@
 // the live messages from the channel and hands each to every view, and implements the shell side
 // that views reach through IZentrailApplication.
 
+#include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
 #include <QStringList>
@@ -172,6 +173,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dropEvent(QDropEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
+  bool event(QEvent* event) override;
 
  private:
   // FormCreate in its parts, in the order they run.
@@ -269,6 +271,11 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // ---- Scratch pad
   QStringList FScratchPadNames;
   int32_t FScratchPadNameWidth = 50;
+
+  // ---- Painting under a stream of messages
+  QElapsedTimer FPaintClock;
+  qint64 FLastPaint = 0;
+  QTimer* FPaintTimer = nullptr;
 
   // ---- Widgets
   TZTChannelServer* FChannel = nullptr;
