@@ -195,7 +195,7 @@ uint32_t TZentrailConnection::EncodeFrame(const TZentrailMessage& message, std::
   payload.clear();
   message.AppendTransportPacket(payload);
   if (FCompression == mfCompressed && FDeflater) {
-    thread_local std::string compressed;
+    std::string compressed;
     std::lock_guard lock(FDeflateLock);
     if (FDeflater->Compress(payload, compressed)) {
       payload.swap(compressed);
@@ -266,7 +266,8 @@ bool TZentrailCopyDataConnection::Connect() {
 }
 
 int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
-  thread_local std::string payload;
+  // A local buffer: this also runs from static destructors at exit, after thread-local ones.
+  std::string payload;
   uint32_t tag = EncodeFrame(message, payload);
   bool reused = false;
   int fd = TakeSocket(reused);
@@ -318,7 +319,8 @@ TZentrailTcpConnection::~TZentrailTcpConnection() {
 }
 
 int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
-  thread_local std::string payload;
+  // A local buffer: this also runs from static destructors at exit, after thread-local ones.
+  std::string payload;
   uint32_t tag = EncodeFrame(message, payload);
   std::lock_guard lock(FTcpLock);
   std::string error;
