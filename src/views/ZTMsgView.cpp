@@ -251,9 +251,17 @@ void TZTMessageView::AddMessage(bool force) {
   if (!force && !AcceptMessage()) return;
   TZentrailMessageSet& ms = MessageSet;
   const int32_t recNo = ms.RecNo;
-  const int32_t row = InternalAddMessage();
-  // A row that a collapse took away again lies beyond the end: then nothing scrolls.
-  if (AutoScroll && row < NumItems()) SetTopIndex(row);
+  // The sender waits for this: the screen catches up in one coalesced refresh, not per message.
+  BeginLiveChange();
+  try {
+    const int32_t row = InternalAddMessage();
+    // A row that a collapse took away again lies beyond the end: then nothing scrolls.
+    if (AutoScroll && row < NumItems()) SetTopIndex(row);
+  } catch (...) {
+    EndLiveChange();
+    throw;
+  }
+  EndLiveChange();
   ms.GotoRec(recNo);
   bool grew = MeasureColumn(3, ms.GetAppName());
   grew = MeasureColumn(2, ms.GetCategory()) || grew;
@@ -593,11 +601,20 @@ void TZTMessageView::ToggleCurrentMethod() {
 void TZTMessageView::ExpandAllMethods(bool fromStart) {
   {
     TUpdateGuard guard(*this);
-    int32_t row = fromStart ? 0 : std::max(ItemIndex(), 0);
-    // NumItems is read afresh: the walk runs into the rows just opened, so nested methods open too.
-    for (; row < NumItems(); ++row) {
-      if (!FItems.GetItems(FRows.GetItems(row)).Collapsed) continue;
-      if (IsCollapsed(row)) ExpandMethod(row);
+    const int32_t startRow = fromStart ? 0 : std::max(ItemIndex(), 0);
+    if (startRow < FRows.Count()) {
+      // Opening every collapsed method from a row on, nested ones included, leaves every item from
+      // that row's item to the end on a row of its own: the rows are rebuilt in one pass instead of
+      // one insertion per method. Methods above the start row stay as they are.
+      const int32_t firstItem = FRows.GetItems(startRow);
+      auto& rows = FRows.Raw();
+      rows.resize(static_cast<size_t>(startRow));
+      rows.reserve(static_cast<size_t>(startRow) + static_cast<size_t>(FItems.Count() - firstItem));
+      for (int32_t item = firstItem; item < FItems.Count(); ++item) {
+        FItems.GetItems(item).Collapsed = false;
+        rows.push_back(item);
+      }
+      SetNumItems(FRows.Count());
     }
     RemoveAllSelections();
     if (ItemIndex() >= 0) SelectItem(ItemIndex(), true);

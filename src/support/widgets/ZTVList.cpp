@@ -36,6 +36,10 @@ TZTCustomVirtualListBox::TZTCustomVirtualListBox(QWidget* parent) : QAbstractScr
   FDragTimer = new QTimer(this);
   FDragTimer->setInterval(50);
   connect(FDragTimer, &QTimer::timeout, this, [this] { DragScrollTick(); });
+  FRefreshTimer = new QTimer(this);
+  FRefreshTimer->setSingleShot(true);
+  FRefreshTimer->setInterval(20);
+  connect(FRefreshTimer, &QTimer::timeout, this, [this] { FlushLiveRefresh(); });
   SetScrollBars(FScrollBars);
   ApplyAutoRowHeight();
   UpdateScrollBars();
@@ -74,6 +78,10 @@ void TZTCustomVirtualListBox::SetNumItems(int32_t count) {
   // A shorter list pulls the top row back so that the last row stands at the bottom.
   if (FTopIndex > MaxTopIndex()) FTopIndex = MaxTopIndex();
   if (Updating()) return;
+  if (FLiveCount > 0) {
+    ScheduleLiveRefresh(FTopIndex != oldTop || count < old, std::min(old, count));
+    return;
+  }
   UpdateScrollBars();
   if (FTopIndex != oldTop || count < old) {
     viewport()->update();
@@ -99,7 +107,9 @@ void TZTCustomVirtualListBox::SetTopIndexInternal(int32_t row, bool fromScrollBa
   if (row == FTopIndex) return;
   const int32_t delta = row - FTopIndex;
   FTopIndex = row;
-  if (!Updating()) {
+  if (FLiveCount > 0 && !Updating()) {
+    ScheduleLiveRefresh(true, -1);
+  } else if (!Updating()) {
     const int32_t rowsArea = viewport()->height() - HeaderHeight();
     if (FSmoothScroll && std::abs(static_cast<int64_t>(delta)) * FRowHeight < rowsArea) {
       viewport()->scroll(0, -delta * FRowHeight,
@@ -281,6 +291,41 @@ void TZTCustomVirtualListBox::scrollContentsBy(int, int) {
   if (horz != FHorzPosition) {
     FHorzPosition = Clamp(horz, 0, FColumns);
     viewport()->update();
+  }
+}
+
+// ---- live changes ------------------------------------------------------------------------------
+
+void TZTCustomVirtualListBox::SetLiveRefreshInterval(int milliseconds) {
+  FRefreshTimer->setInterval(std::max(0, milliseconds));
+}
+
+void TZTCustomVirtualListBox::ScheduleLiveRefresh(bool full, int32_t fromRow) {
+  if (full) FRefreshFull = true;
+  if (fromRow >= 0 && (FRefreshFromRow < 0 || fromRow < FRefreshFromRow)) FRefreshFromRow = fromRow;
+  if (!FRefreshTimer->isActive()) FRefreshTimer->start();
+}
+
+void TZTCustomVirtualListBox::FlushLiveRefresh() {
+  FRefreshTimer->stop();
+  const bool full = FRefreshFull;
+  const int32_t from = FRefreshFromRow;
+  FRefreshFull = false;
+  FRefreshFromRow = -1;
+  if (Updating()) return;  // EndUpdate refreshes everything anyway
+  UpdateScrollBars();
+  if (full) {
+    viewport()->update();
+    return;
+  }
+  if (from < 0) return;
+  // Only rows that came into existence on screen need paint.
+  const int32_t last = std::min<int64_t>(static_cast<int64_t>(FTopIndex) + VisibleRows() + 1, FNumItems) - 1;
+  const int32_t first = std::max(from, FTopIndex);
+  if (first <= last) {
+    const QRect top = ItemRect(first);
+    const QRect bottom = ItemRect(last);
+    viewport()->update(QRect(0, top.top(), viewport()->width(), bottom.bottom() - top.top() + 1));
   }
 }
 
