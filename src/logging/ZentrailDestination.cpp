@@ -7,9 +7,10 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 
+#include "ZTCommonUtils.h"
 #include "ZentrailLogger.h"
+#include "ZentrailPlatform.h"
 
 namespace zentrail {
 
@@ -72,14 +73,6 @@ std::string IncludeTrailingDelimiter(std::string s) {
   return s;
 }
 
-std::string ExeFolder() {
-  char buf[4096];
-  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-  if (n <= 0) return {};
-  std::string path(buf, static_cast<std::size_t>(n));
-  auto slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, slash);
-}
 
 // Splits text at separators that stand outside brackets.
 std::vector<std::string_view> SplitOutsideBrackets(std::string_view text, char separator) {
@@ -209,28 +202,15 @@ int32_t DestinationTextHash(std::string_view utf8) {
   return static_cast<int32_t>(BobJenkinsHash(bytes.data(), bytes.size(), 0));
 }
 
-std::string ZentrailDocumentsFolder() {
-  if (const char* env = std::getenv("XDG_DOCUMENTS_DIR"); env && *env) return env;
-  std::string home;
-  if (const char* h = std::getenv("HOME"); h && *h) home = h;
-  std::string config;
-  if (const char* x = std::getenv("XDG_CONFIG_HOME"); x && *x) config = x;
-  else if (!home.empty()) config = home + "/.config";
-  if (!config.empty()) {
-    std::ifstream in(config + "/user-dirs.dirs");
-    std::string line;
-    while (std::getline(in, line)) {
-      std::string_view l = Trim(line);
-      if (l.rfind("XDG_DOCUMENTS_DIR=", 0) != 0) continue;
-      std::string_view v = l.substr(18);
-      if (v.size() >= 2 && v.front() == '"' && v.back() == '"') v = v.substr(1, v.size() - 2);
-      std::string value(v);
-      if (value.rfind("$HOME", 0) == 0) value = home + value.substr(5);
-      if (!value.empty() && value != home && value != home + "/") return value;
-    }
-  }
-  return home;
+namespace {
+
+std::string DocumentsFolder() {
+  std::string folder = GetSpecialFolder(ztFolderPersonal);
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder;
 }
+
+}  // namespace
 
 // ---------------------------------------------------------------------------------------------
 // Parts
@@ -324,8 +304,8 @@ std::string TLogFileDestination::ExpandedFilePath() const {
     while (!rest.empty() && rest.front() == '/') rest.erase(0, 1);
     std::string base;
     bool known = true;
-    if (SameText(word, "MyDocs")) base = ZentrailDocumentsFolder();
-    else if (SameText(word, "AppExeDir")) base = ExeFolder();
+    if (SameText(word, "MyDocs")) base = DocumentsFolder();
+    else if (SameText(word, "AppExeDir")) base = RunningExecutableFolder();
     else if (word.size() >= 2 && word.front() == '%' && word.back() == '%') {
       const char* env = std::getenv(word.substr(1, word.size() - 2).c_str());
       base = env ? env : "";
@@ -336,7 +316,7 @@ std::string TLogFileDestination::ExpandedFilePath() const {
   } else if (path.empty()) {
     // No folder given: the dispatcher runs elsewhere, so name the user's log folder explicitly
     // rather than leaving a name that each process would resolve differently.
-    path = ZentrailDocumentsFolder() + "/My Zentrail Files/Logs";
+    path = GetLogFilesFolder();
   }
   if (!path.empty() && path.front() != '/' && path.find("$(") == std::string::npos) {
     char cwd[4096];

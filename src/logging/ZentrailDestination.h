@@ -246,7 +246,4 @@ uint32_t BobJenkinsHash(const void* data, std::size_t length, uint32_t initval);
 // The hash of a text over its UTF-16 little-endian bytes, 0 for an empty text.
 int32_t DestinationTextHash(std::string_view utf8);
 
-// The user's documents folder (XDG), else $HOME; without a trailing "/".
-std::string ZentrailDocumentsFolder();
-
 }  // namespace zentrail

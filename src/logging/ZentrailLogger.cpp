@@ -1,13 +1,13 @@
 #include "ZentrailLogger.h"
 
 #include <cxxabi.h>
-#include <syslog.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 
+#include "ZTCommonUtils.h"
 #include "ZentrailPlatform.h"
 
 namespace zentrail {
@@ -277,22 +277,21 @@ void TZentrailLogger::RemoveNotifier(IZentrailLoggerNotifier* notifier) {
   FNotifiers.erase(std::remove(FNotifiers.begin(), FNotifiers.end(), notifier), FNotifiers.end());
 }
 
+void TZentrailLogger::SetEventLogSink(TZentrailEventLogSink sink) {
+  FEventLogSink = std::move(sink);
+  FEventLog.reset();
+}
+
 void TZentrailLogger::WriteEvent(std::string_view text, int kind, int category, int eventId) {
   std::string source = ZentrailManager.AppName();
   if (!FCategory.empty()) source += ":" + FCategory;
-  if (source.empty()) return;
-  static std::mutex lock;
-  std::lock_guard guard(lock);
-  int priority = kind == 2 ? LOG_ERR : kind == 1 ? LOG_WARNING : LOG_INFO;
-  // openlog keeps the pointer, so the ident lives as long as the log is open.
-  static std::string ident;
-  ident = source;
-  openlog(ident.c_str(), LOG_PID, LOG_USER);
-  if (category != 0 || eventId != 0)
-    syslog(priority, "%.*s [category %d, event %d]", static_cast<int>(text.size()), text.data(), category, eventId);
-  else
-    syslog(priority, "%.*s", static_cast<int>(text.size()), text.data());
-  closelog();
+  if (!FEventLog || FEventLog->SourceName() != source)
+    FEventLog = std::make_unique<TZTEventLog>(source, FEventLogSink);
+  try {
+    FEventLog->WriteEntry(std::string(text), kind, category, eventId);
+  } catch (const EZTEventLogException&) {
+    // No source name: nothing to write under.
+  }
 }
 
 void ZentrailAssertFailed(const char* expression, const char* file, int line, const void* address) {

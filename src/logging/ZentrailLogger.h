@@ -22,6 +22,10 @@
 namespace zentrail {
 
 class TZentrailLogger;
+class TZTEventLog;
+
+// Receives the system-log entries of a logger instead of syslog: source name, syslog priority, text.
+using TZentrailEventLogSink = std::function<void(const std::string& source, int priority, const std::string& text)>;
 
 // What an OnSendMsg handler sees of a message before it is sent.
 struct TZentrailMsgData {
@@ -199,6 +203,8 @@ class TZentrailLogger {
   void LogEvent(std::string_view text, int category = 0, int eventId = 0) { WriteEvent(text, 0, category, eventId); }
   void LogWarning(std::string_view text, int category = 0, int eventId = 0) { WriteEvent(text, 1, category, eventId); }
   void LogError(std::string_view text, int category = 0, int eventId = 0) { WriteEvent(text, 2, category, eventId); }
+  // Sends the entries elsewhere (for example into a test); an empty sink means syslog again.
+  void SetEventLogSink(TZentrailEventLogSink sink);
 
  protected:
   int MethodOfObject(int32_t msgType, const std::string& className, bool hasObject, std::string_view objectName,
@@ -229,6 +235,8 @@ class TZentrailLogger {
   std::shared_ptr<TZentrailConnection> FConnection;
   TZentrailDestination* FDestination = nullptr;
   std::vector<IZentrailLoggerNotifier*> FNotifiers;
+  std::unique_ptr<TZTEventLog> FEventLog;  // made at first use
+  TZentrailEventLogSink FEventLogSink;
 };
 
 // The global logger.

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <new>
 
+#include "ZTCommonUtils.h"
 #include "ZentrailLogger.h"
 
 namespace zentrail {
@@ -42,19 +43,12 @@ std::string ExecutableBaseName() {
   return name;
 }
 
-std::string MachineName() {
-  char buf[256] = {};
-  if (gethostname(buf, sizeof buf - 1) != 0) return {};
-  std::string name(buf);
-  if (name.size() > 32) name.resize(32);
-  return name;
-}
 
 }  // namespace
 
 TZentrailManager::TZentrailManager() {
   FAppName = ExecutableBaseName();
-  FComputerName = MachineName();
+  FComputerName = GetComputerName();
   FProcessID = static_cast<uint32_t>(getpid());
   FConnection = std::make_shared<TZentrailCopyDataConnection>(mfDefault);
   FDefaultDestination.Viewer().SetActive(true);

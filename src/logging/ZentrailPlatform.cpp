@@ -13,32 +13,8 @@
 #include <thread>
 
 #include "ZTChannel.h"
-#if __has_include("ZTRegistry.h")
+#include "ZTCommonUtils.h"
 #include "ZTRegistry.h"
-#else
-#include <fstream>
-namespace zentrail {
-// Stand-in until the shared registry reader is in place.
-inline bool ReadRegistryString(const std::string& key, const std::string& name, std::string& value) {
-  const char* env = std::getenv("ZENTRAIL_REGISTRY");
-  std::ifstream in(env && *env ? env : "/etc/zentrail/registry.ini");
-  if (!in) return false;
-  std::string line;
-  bool inKey = false, found = false;
-  value.clear();
-  while (std::getline(in, line)) {
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (!line.empty() && line[0] == '[') {
-      inKey = line == "[" + key + "]";
-      found = found || inKey;
-      continue;
-    }
-    if (inKey && line.rfind(name + "=", 0) == 0) value = line.substr(name.size() + 1);
-  }
-  return found;
-}
-}  // namespace zentrail
-#endif
 
 extern char** environ;
 
@@ -53,21 +29,18 @@ bool IsExecutableFile(const std::string& path) {
 
 std::string RegistryDispatcherValue() {
   std::string value;
-  if (ReadRegistryString("Software\\Orvan\\Zentrail\\5.0", "Dispatcher", value)) return value;
   // The policies key is only asked when the main key cannot be opened at all.
-  if (ReadRegistryString("Software\\Policies\\Orvan\\Zentrail\\5.0", "Dispatcher", value)) return value;
-  return {};
+  if (RegistryKeyExists(ztRegistryKeyPath)) ReadRegistryString(ztRegistryKeyPath, "Dispatcher", value);
+  else if (RegistryKeyExists(ztRegistryPolicyKeyPath)) ReadRegistryString(ztRegistryPolicyKeyPath, "Dispatcher", value);
+  return value;
 }
 
 }  // namespace
 
 std::string RunningExecutableFolder() {
-  char buf[4096];
-  ssize_t n = readlink("/proc/self/exe", buf, sizeof buf - 1);
-  if (n <= 0) return {};
-  std::string path(buf, static_cast<std::size_t>(n));
-  auto slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, slash);
+  std::string folder = GetExecutableFolder();
+  while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+  return folder;
 }
 
 std::string FindDispatcherExecutable() {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <ctime>
 #include <regex>
+#include <syslog.h>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -330,4 +331,27 @@ TEST(Logger, NotifiersAreToldInReverseOrderBeforeTheLoggerGoesAway) {
     log.RemoveNotifier(&c);
   }
   EXPECT_EQ(order, (std::vector<int>{2, 1}));
+}
+
+TEST(Logger, EventLogEntriesCarryTheSourceAndKind) {
+  struct TEntry {
+    std::string source;
+    int priority;
+    std::string text;
+  };
+  std::vector<TEntry> entries;
+  TZentrailLogger log;
+  log.SetEventLogSink([&](const std::string& s, int p, const std::string& t) { entries.push_back({s, p, t}); });
+  log.LogEvent("started");
+  log.SetCategory("Db");
+  log.LogWarning("slow query", 3, 17);
+  log.LogError("lost connection");
+  ASSERT_EQ(entries.size(), 3u);
+  EXPECT_EQ(entries[0].source, "test_logging");
+  EXPECT_EQ(entries[0].priority, LOG_INFO);
+  EXPECT_EQ(entries[0].text, "started");
+  EXPECT_EQ(entries[1].source, "test_logging:Db");
+  EXPECT_EQ(entries[1].priority, LOG_WARNING);
+  EXPECT_EQ(entries[2].priority, LOG_ERR);
+  EXPECT_EQ(entries[2].text, "lost connection");
 }
