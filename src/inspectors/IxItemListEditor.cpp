@@ -53,25 +53,36 @@ void TIxItemProps::Clear() {
 
 TIxItemProp* TIxItemProps::AddFullPath(const QString& path, const QString& value, bool unique,
                                        QChar delimiter) {
-  const qsizetype cut = path.indexOf(delimiter);
-  const QString head = cut < 0 ? path : path.left(cut);
-  const QString tail = cut < 0 ? QString() : path.mid(cut + 1);
-  const bool hasTail = cut >= 0;
-  TIxItemProp* item = FFirstByName.value(head, nullptr);
-  if (!item || (unique && !hasTail)) item = Add(head);
-  if (!hasTail) {
-    item->Values = QStringList{value};
-    return item;
+  TIxItemProps* level = this;
+  qsizetype start = 0;
+  for (int depth = 0;; ++depth) {
+    // Beyond the depth limit the rest of the path stays one name, so that a path of thousands of
+    // parts cannot make a tree deeper than anything could show.
+    const qsizetype cut = depth + 1 >= ztMaxItemDepth ? -1 : path.indexOf(delimiter, start);
+    const bool hasTail = cut >= 0;
+    const QString head = hasTail ? path.mid(start, cut - start) : path.mid(start);
+    TIxItemProp* item = level->FFirstByName.value(head, nullptr);
+    if (!item || (unique && !hasTail)) item = level->Add(head);
+    if (!hasTail) {
+      item->Values = QStringList{value};
+      return item;
+    }
+    level = &item->Items;
+    start = cut + 1;
   }
-  return item->Items.AddFullPath(tail, value, unique, delimiter);
 }
 
 TIxItemProp* TIxItemProps::FindItemByFullPathName(const QString& path, QChar delimiter) const {
-  const qsizetype cut = path.indexOf(delimiter);
-  const QString head = cut < 0 ? path : path.left(cut);
-  TIxItemProp* item = FFirstByName.value(head, nullptr);
-  if (!item || cut < 0) return item;
-  return item->Items.FindItemByFullPathName(path.mid(cut + 1), delimiter);
+  const TIxItemProps* level = this;
+  qsizetype start = 0;
+  for (int depth = 0;; ++depth) {
+    const qsizetype cut = depth + 1 >= ztMaxItemDepth ? -1 : path.indexOf(delimiter, start);
+    const QString head = cut < 0 ? path.mid(start) : path.mid(start, cut - start);
+    TIxItemProp* item = level->FFirstByName.value(head, nullptr);
+    if (!item || cut < 0) return item;
+    level = &item->Items;
+    start = cut + 1;
+  }
 }
 
 QString TIxItemProp::FullPathName(QChar delimiter) const {

@@ -14,6 +14,9 @@ namespace zentrail {
 
 class TIxItemProp;
 
+// Rows nest at most this deep; the rest of a longer path is kept as the last row's name.
+inline constexpr int ztMaxItemDepth = 256;
+
 class TIxItemProps {
  public:
   explicit TIxItemProps(TIxItemProp* owner = nullptr) : FOwner(owner) {}

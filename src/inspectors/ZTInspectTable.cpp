@@ -32,6 +32,10 @@ class TZTTableModel : public QAbstractTableModel {
   bool HasHeaderRow() const { return FRows.size() >= 2; }
   int GridRowCount() const { return static_cast<int>(FRows.size()); }
   int GridColCount() const { return FColCount; }
+  qsizetype CellLength(int col, int row) const {
+    const QStringList& r = FRows[static_cast<std::size_t>(row)];
+    return col < r.size() ? r.at(col).size() : 0;
+  }
   QString Cell(int col, int row) const {
     if (row < 0 || row >= GridRowCount() || col < 0) return {};
     const QStringList& r = FRows[static_cast<std::size_t>(row)];
@@ -71,11 +75,7 @@ namespace {
 const char* kHeaderStyle =
     "QHeaderView::section { background: qlineargradient(x1:0, y1:0, x2:0, y2:1, stop:0 #ffffff, "
     "stop:1 #e4e7ec); border: none; border-right: 1px solid #c5cad3; border-bottom: 1px solid #c5cad3; "
-    "padding: 1px 4px; color: #1f2d3d; }";
-
-// Beyond this many cells, column widths are measured on the first rows only, so that a huge table
-// still appears at once.
-constexpr qsizetype kMeasuredCells = 200000;
+    "padding: 1px 4px; color: #1f2d3d; } QHeaderView { background: #eef0f3; }";
 
 }  // namespace
 
@@ -179,21 +179,31 @@ void TZTTableInspector::InspectMessage() {
 }
 
 void TZTTableInspector::SizeColumns() {
+  // Every cell counts, but only the longest texts of a column can be its widest, so only those
+  // are measured in the font: a table of many thousand rows sizes at once.
   const QFontMetrics fm(FGrid->font());
   const int rows = FModel->GridRowCount();
   const int cols = FModel->GridColCount();
-  const qsizetype cellBudget = kMeasuredCells;
-  const int measuredRows = cols > 0 ? static_cast<int>(std::min<qsizetype>(rows, std::max<qsizetype>(2, cellBudget / cols))) : 0;
+  constexpr std::size_t kCandidates = 24;
   for (int c = 0; c < cols; ++c) {
-    int width = 0;
-    for (int r = 0; r < measuredRows; ++r) {
-      const QString text = FModel->Cell(c, r);
-      if (!text.isEmpty()) width = std::max(width, fm.horizontalAdvance(text));
+    std::vector<std::pair<qsizetype, int>> longest;  // (length, row), a min-heap on length
+    longest.reserve(kCandidates + 1);
+    auto greater = [](const auto& a, const auto& b) { return a.first > b.first; };
+    for (int r = 0; r < rows; ++r) {
+      const qsizetype len = FModel->CellLength(c, r);
+      if (len == 0) continue;
+      if (longest.size() < kCandidates) {
+        longest.emplace_back(len, r);
+        std::push_heap(longest.begin(), longest.end(), greater);
+      } else if (len > longest.front().first) {
+        std::pop_heap(longest.begin(), longest.end(), greater);
+        longest.back() = {len, r};
+        std::push_heap(longest.begin(), longest.end(), greater);
+      }
     }
+    int width = 0;
+    for (const auto& [len, r] : longest) width = std::max(width, fm.horizontalAdvance(FModel->Cell(c, r)));
     FGrid->setColumnWidth(c, std::min(width + 20, 2000));
-  }
-  if (measuredRows < rows) {
-    SetNotice(QStringLiteral("%1 rows: column widths were measured on the first %2 rows.").arg(rows).arg(measuredRows));
   }
 }
 
@@ -438,8 +448,13 @@ void TZTMemoryStatusInspector::InspectMessage() {
 
 void TZTMemoryStatusInspector::SizeNameColumn() {
   if (!FGrid) return;
-  const int valueWidth = QFontMetrics(FGrid->font()).horizontalAdvance(QStringLiteral("0,000,000,000"));
-  FGrid->header()->resizeSection(0, std::max(120, FGrid->viewport()->width() - valueWidth - 4));
+  // Room for the widest value (at least a number in the billions), the rest for the names.
+  const QFontMetrics fm(FGrid->font());
+  int valueWidth = fm.horizontalAdvance(QStringLiteral("0,000,000,000"));
+  for (int i = 0; i < FGrid->topLevelItemCount(); ++i) {
+    valueWidth = std::max(valueWidth, fm.horizontalAdvance(FGrid->topLevelItem(i)->text(1)));
+  }
+  FGrid->header()->resizeSection(0, std::max(120, FGrid->viewport()->width() - valueWidth - 16));
 }
 
 void TZTMemoryStatusInspector::resizeEvent(QResizeEvent* event) {

@@ -68,6 +68,7 @@ void TZTStringInspector::CreateView() {
   const QColor face = palette().color(QPalette::Button);
   FView->setMarginsBackgroundColor(face.lighter(104));
   FView->setCaretLineVisible(false);
+  FView->SendScintilla(QsciScintilla::SCI_SETMARGINLEFT, 0UL, 3L);
   FView->SendScintilla(QsciScintilla::SCI_SETUNDOCOLLECTION, 0L);
   FView->SendScintilla(QsciScintilla::SCI_SETSCROLLWIDTH, 1L);
   FView->SendScintilla(QsciScintilla::SCI_SETSCROLLWIDTHTRACKING, 1L);

@@ -16,6 +16,11 @@
 
 namespace zentrail {
 
+namespace {
+// Deeper trees cannot be read on screen, and the tree widget deletes its items recursively.
+constexpr int ztMaxHierarchyDepth = 500;
+}  // namespace
+
 void TZTHierarchyInspector::CreateToolbarButtons(QWidget* toolbar) {
   (void)toolbar;
   QToolButton* collapse = AddToolButton(QStringLiteral("Collapse All"), 6, false);
@@ -51,11 +56,6 @@ void TZTHierarchyInspector::InspectMessage() {
   QList<QTreeWidgetItem*> roots;
   QTreeWidgetItem* current = nullptr;
   int currentLevel = -1;
-  auto depthOf = [](QTreeWidgetItem* item) {
-    int d = 0;
-    for (QTreeWidgetItem* p = item->parent(); p; p = p->parent()) ++d;
-    return d;
-  };
   auto addChild = [&roots](QTreeWidgetItem* parent, const QString& text) {
     auto* item = new QTreeWidgetItem(QStringList{text});
     if (parent) {
@@ -65,26 +65,42 @@ void TZTHierarchyInspector::InspectMessage() {
     }
     return item;
   };
+  bool tooDeep = false;
   for (const QString& line : lines) {
     if (line.trimmed().isEmpty()) continue;
     int level = 0;
     while (level < line.size() && line.at(level) == u'\t') ++level;
     const QString text = line.mid(level);
     QTreeWidgetItem* added = nullptr;
+    if (level > currentLevel && currentLevel + 1 >= ztMaxHierarchyDepth) {
+      tooDeep = true;
+      level = currentLevel;  // kept at the deepest level as a sibling
+    }
+    // The new node's real depth, not its tabs: a jump of several levels goes one level down only,
+    // and the next line is measured from there.
+    int depth = 0;
     if (level > currentLevel) {
       added = addChild(current, text);
+      depth = currentLevel + 1;
     } else if (level == currentLevel) {
       added = addChild(current->parent(), text);
+      depth = currentLevel;
     } else {
       QTreeWidgetItem* node = current;
-      for (int up = 0; up < currentLevel - level && node->parent(); ++up) node = node->parent();
+      depth = currentLevel;
+      for (int up = 0; up < currentLevel - level && node->parent(); ++up) {
+        node = node->parent();
+        --depth;
+      }
       added = addChild(node->parent(), text);
     }
     current = added;
-    // The real depth, not the tabs: a jump of several levels goes one level down only.
-    currentLevel = depthOf(added);
+    currentLevel = depth;
   }
   FTree->addTopLevelItems(roots);
+  if (tooDeep) {
+    SetNotice(QStringLiteral("The tree nests deeper than %1 levels; deeper entries are shown at level %1.").arg(ztMaxHierarchyDepth));
+  }
   FTree->expandAll();
   FTree->setUpdatesEnabled(true);
   if (FTree->topLevelItemCount() > 0) FTree->scrollToItem(FTree->topLevelItem(0), QAbstractItemView::PositionAtTop);

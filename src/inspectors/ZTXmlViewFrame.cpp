@@ -107,6 +107,7 @@ TZTXmlDocument ParseXmlDocument(const QString& text) {
   TZTXmlNode* current = doc.Root.get();
   QXmlStreamReader reader(text);
   qint64 consumed = 0;  // end of the last construct read completely
+  int depth = 0;
   while (!reader.atEnd()) {
     const auto token = reader.readNext();
     if (token != QXmlStreamReader::Invalid) consumed = reader.characterOffset();
@@ -120,6 +121,12 @@ TZTXmlDocument ParseXmlDocument(const QString& text) {
         }
         break;
       case QXmlStreamReader::StartElement: {
+        if (depth >= ztMaxXmlDepth) {
+          doc.Errors << QStringLiteral("The document nests deeper than %1 levels; the deeper part is not shown.").arg(ztMaxXmlDepth) +
+                            ErrorPosition(reader.columnNumber(), reader.lineNumber());
+          return doc;
+        }
+        ++depth;
         TZTXmlNode* tag = current->AddChild(TZTXmlNode::Tag, reader.qualifiedName().toString());
         for (const auto& ns : reader.namespaceDeclarations()) {
           const QString prefix = ns.prefix().toString();
@@ -137,6 +144,7 @@ TZTXmlDocument ParseXmlDocument(const QString& text) {
       }
       case QXmlStreamReader::EndElement:
         if (current->Parent) current = current->Parent;
+        --depth;
         break;
       case QXmlStreamReader::Characters:
         if (reader.isCDATA()) {

@@ -21,6 +21,10 @@ class QsciLexerXML;
 
 namespace zentrail {
 
+// Elements nest at most this deep; a document beyond it is read up to there. The tree and the
+// rendering recurse over the nodes, so the limit also bounds their stack.
+inline constexpr int ztMaxXmlDepth = 500;
+
 struct TZTXmlNode {
   enum Kind { Root = 0, Tag = 1, Text = 2, Comment = 3, Declaration = 4, CData = 5, ProcessingInstruction = 6 };
   int FKind = Root;
