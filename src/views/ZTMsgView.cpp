@@ -147,6 +147,8 @@ TZTMessageView::TZTMessageView(QWidget* parent, IZentrailApplication* app) : TZT
     emit SelectionChanged();
   });
   connect(this, &TZTCustomVirtualListBox::SelectionChangedByUser, this, [this] { PostDetailsNotice(); });
+  // A focus that moves by program (a jump, a collapse, a search) shows its message the same way.
+  connect(this, &TZTCustomVirtualListBox::ItemIndexChanged, this, [this] { PostDetailsNotice(); });
   UpdateColumnWidths();
 }
 

@@ -314,6 +314,10 @@ void TZTCustomVirtualListBox::FlushLiveRefresh() {
   FRefreshFromRow = -1;
   if (Updating()) return;  // EndUpdate refreshes everything anyway
   UpdateScrollBars();
+  if (QAccessible::isActive()) {
+    QAccessibleTableModelChangeEvent event(this, QAccessibleTableModelChangeEvent::ModelReset);
+    QAccessible::updateAccessibility(&event);
+  }
   if (full) {
     viewport()->update();
     return;
