@@ -465,23 +465,26 @@ void TZTMessageView::DrawItem(QPainter& painter, int32_t row, const QRect& rect,
     text = QStringLiteral("%1  [%2]").arg(text).arg(end < 0 ? 0 : end - item - 1);
   }
   const int textWidth = metrics.horizontalAdvance(text);
+  // Icons and text of a deep row stay inside the message column and never run into the columns.
+  painter.save();
+  painter.setClipRect(QRect(QPoint(std::min(0, rect.left()), rect.top()), QPoint(message.right(), rect.bottom())),
+                      Qt::IntersectClip);
+  const bool noRoom = message.left() > message.right() + imageWidth + 4;
+  // Where the text has no room at all, the marker alone stands in the strip.
+  if (!noRoom) DrawMarks(painter, type, indent, rect, bookmark, sync, row, false);
   if (message.left() < 0 && message.left() + textWidth < 0) {
     // Scrolled so far that the text lies wholly to the left: a marker says where it went.
-    if (images) images->Draw(painter, rect.left() + 4 + std::max(0, -rect.left()), rect.top() + (rect.height() - images->Height()) / 2, 12);
-  } else if (message.left() > message.right() + imageWidth + 4) {
+    if (images) images->Draw(painter, 4, rect.top() + (rect.height() - images->Height()) / 2, 12);
+  } else if (noRoom) {
     // Indented beyond its room: the text is off to the right.
     if (images) images->Draw(painter, message.right() - 20, rect.top() + (rect.height() - images->Height()) / 2, 11);
   } else {
+    painter.setFont(rowFont);
     painter.setPen(textColor);
-    painter.save();
-    painter.setClipRect(QRect(QPoint(message.left(), rect.top()), QPoint(message.right(), rect.bottom())),
-                        Qt::IntersectClip);
     painter.drawText(QRect(message.left(), textY, std::max(0, message.width()), metrics.height()),
                      Qt::AlignLeft | Qt::AlignTop, text);
-    painter.restore();
   }
-
-  DrawMarks(painter, type, indent, rect, bookmark, sync, row, false);
+  painter.restore();
 
   // The further columns never take a type's format.
   QFont plain = font();
