@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QResizeEvent>
+#include <algorithm>
 
 namespace zentrail {
 namespace {
@@ -25,6 +26,13 @@ TZTDetailPanel::TZTDetailPanel(QWidget* parent) : QWidget(parent) {
     FFields[i]->setBackgroundRole(QPalette::Base);
     FFields[i]->setContentsMargins(3, 0, 3, 0);
   }
+  // The panel's own small face, so that the eight fields fit in one band.
+  QFont small = font();
+  small.setPointSizeF(std::max(7.0, small.pointSizeF() - 1));
+  setFont(small);
+  int widest = 0;
+  for (QLabel* label : FLabels) widest = std::max(widest, label->fontMetrics().horizontalAdvance(label->text()));
+  FLabelWidth = std::max(kLabelWidth, widest + 4);
   setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
   setFixedHeight(HeightForPanelWidth(600));
 }
@@ -61,8 +69,8 @@ void TZTDetailPanel::resizeEvent(QResizeEvent* event) {
 void TZTDetailPanel::Arrange() {
   const int w = width();
   auto place = [&](int i, int x, int y, int fieldOffset, int fieldWidth) {
-    FLabels[i]->setGeometry(x, y + (kFieldHeight - kLabelHeight) / 2, kLabelWidth, kLabelHeight);
-    FFields[i]->setGeometry(x + fieldOffset, y, fieldWidth, kFieldHeight);
+    FLabels[i]->setGeometry(x, y + (kFieldHeight - kLabelHeight) / 2 - 1, FLabelWidth, kLabelHeight + 2);
+    FFields[i]->setGeometry(x + fieldOffset + (FLabelWidth - kLabelWidth), y, fieldWidth - (FLabelWidth - kLabelWidth), kFieldHeight);
   };
   if (w < 300) {
     // One column, 16-pixel steps; each field stretches with the width.

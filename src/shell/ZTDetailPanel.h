@@ -30,6 +30,7 @@ class TZTDetailPanel : public QWidget {
   void Arrange();
   std::array<QLabel*, FieldCount> FLabels{};
   std::array<QLabel*, FieldCount> FFields{};
+  int FLabelWidth = 60;
 };
 
 }  // namespace zentrail

@@ -35,6 +35,7 @@
 #include <unistd.h>
 
 #include "ZTChannel.h"
+#include "ZTDateTime.h"
 #include "ZTDetailPanel.h"
 #include "ZTGlyphs.h"
 #include "ZTPromptService.h"
@@ -977,8 +978,13 @@ void TFrmViewer::UpdateMessageDetails() {
   }
   FActiveList->SelectCurrentRecord();
   TZentrailTimeStamp stamp = MessageSet.GetTimeStamp();
-  QDate date = QDate(1899, 12, 30).addDays(stamp.Date);
-  QTime time = QTime::fromMSecsSinceStartOfDay(stamp.Time);
+  TZTDateTimeParts parts;
+  QDate date;
+  QTime time;
+  if (DecodeTimeStamp(stamp, parts)) {
+    date = QDate(parts.Year, parts.Month, parts.Day);
+    time = QTime(parts.Hour, parts.Minute, parts.Second, parts.MSec);
+  }
   auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); };
   pnlMsgDetails->SetField(TZTDetailPanel::Category, text(MessageSet.GetCategory()));
   pnlMsgDetails->SetField(TZTDetailPanel::TypeName, text(MessageSet.GetTypeName()));

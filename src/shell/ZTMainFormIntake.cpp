@@ -1,7 +1,6 @@
 // The live road of TFrmViewer: from a frame of the channel to every view. The sender waits for the
 // whole road, so it stays short: no command states, no selection, no inspectors for a plain message.
 
-#include <QDateTime>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QTableWidget>
@@ -9,6 +8,7 @@
 #include <QTimer>
 #include <cstring>
 
+#include "ZTDateTime.h"
 #include "ZTMainForm.h"
 #include "ZTPromptService.h"
 #include "ZTSound.h"
@@ -18,16 +18,7 @@
 namespace zentrail {
 namespace {
 
-// Day 0 of the message date count.
-const int64_t kDateBase = QDate(1899, 12, 30).toJulianDay();
-
-TZentrailTimeStamp LocalNow() {
-  QDateTime now = QDateTime::currentDateTime();
-  TZentrailTimeStamp stamp;
-  stamp.Time = now.time().msecsSinceStartOfDay();
-  stamp.Date = static_cast<int32_t>(now.date().toJulianDay() - kDateBase);
-  return stamp;
-}
+TZentrailTimeStamp LocalNow() { return NowTimeStamp(); }
 
 // Separators, control types and custom types bring on no automatic separator.
 bool TriggersAutoSeparator(int32_t msgType) {
