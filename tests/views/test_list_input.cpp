@@ -6,6 +6,7 @@
 #include <QMouseEvent>
 #include <QTest>
 #include <QWheelEvent>
+#include <algorithm>
 
 #include "ViewTestSupport.h"
 
@@ -270,6 +271,69 @@ TEST_F(ListInput, ScreenReadersSeeAList) {
   QAccessibleInterface* hit = list->childAt(inRow.x(), inRow.y());
   ASSERT_NE(hit, nullptr);
   EXPECT_EQ(hit->text(QAccessible::Name), QStringLiteral("row 5"));
+}
+
+}  // namespace
+}  // namespace zentrail::test
+
+namespace zentrail::test {
+namespace {
+
+TEST(ListBoxOwnerData, RowsAskTheOwnerForTextColoursStatusAndTypedKeys) {
+  TZTCustomVirtualListBox list;
+  list.SetAutoRowHeight(false);
+  list.SetRowHeight(20);
+  list.resize(300, 6 * 20 + 10);
+  list.show();
+  list.SetNumItems(1000);
+  std::vector<bool> flags(1000, false);
+  std::vector<int32_t> asked;
+  list.OnGetItem = [&](int32_t row, QString& text, void*&) {
+    asked.push_back(row);
+    text = QStringLiteral("item\t%1").arg(row);
+  };
+  list.OnIsSelected = [&](int32_t row, bool& s) { s = row >= 0 && flags[static_cast<size_t>(row)]; };
+  list.OnSelect = [&](int32_t row, bool s) {
+    if (row < 0)
+      std::fill(flags.begin(), flags.end(), s);
+    else
+      flags[static_cast<size_t>(row)] = s;
+  };
+  list.OnGetItemColor = [](int32_t row, TColor& text, TColor& back) {
+    text = 0x00000000;
+    back = row % 2 ? 0x0000FF00 : 0x00FFFFFF;  // green on odd rows
+  };
+  list.OnGetItemStatus = [](int32_t row) { return row == 2 ? TZTItemStatus::Protected : TZTItemStatus::Normal; };
+  list.SetSelectBackColor(0x00FF0000);  // blue
+  flags[3] = true;
+
+  const QImage image = list.grab().toImage();
+  auto at = [&](int32_t row) {
+    const QPoint p = list.viewport()->mapTo(&list, QPoint(150, list.ItemRect(row).center().y()));
+    return QColor(image.pixel(p * image.devicePixelRatio()));
+  };
+  EXPECT_EQ(at(0), QColor(255, 255, 255));
+  EXPECT_EQ(at(1), QColor(0, 255, 0));
+  EXPECT_EQ(at(2), QColor(255, 0, 0));  // protected: the default $000000FF ground
+  EXPECT_EQ(at(3), QColor(0, 0, 255));  // selected wins over the owner's colour
+  // Only rows on screen were asked for their text.
+  ASSERT_FALSE(asked.empty());
+  EXPECT_LE(*std::max_element(asked.begin(), asked.end()), list.VisibleRows());
+  EXPECT_EQ(list.ItemString(42), QStringLiteral("item\t42"));
+
+  // A typed character goes to the owner, who names the row to move to.
+  QChar typed;
+  list.OnCharToItem = [&](QChar key, int32_t& row) {
+    typed = key;
+    row = 500;
+  };
+  QTest::keyClick(&list, Qt::Key_K);
+  EXPECT_EQ(typed, QLatin1Char('k'));
+  EXPECT_EQ(list.ItemIndex(), 500);
+  EXPECT_TRUE(flags[500]);
+  EXPECT_FALSE(flags[3]);
+  EXPECT_GE(500, list.TopIndex());
+  EXPECT_LT(500, list.TopIndex() + list.VisibleRows());
 }
 
 }  // namespace
