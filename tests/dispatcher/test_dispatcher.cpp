@@ -450,3 +450,19 @@ TEST_F(DispatcherTest, RealViewerTakesMessagesThroughTheDispatcher) {
   EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
   viewer.Signal(SIGTERM);
 }
+
+TEST_F(DispatcherTest, CloseDispatcherAsksTheRunningOneToFinish) {
+  StartDispatcher();
+  std::string path = (dir / "closing.ztl").string();
+  TZentrailDestination destination("File[Path=" + path + "]");
+  TZentrailLogger log;
+  log.ConnectUsingCopyData();
+  log.SetDestination(&destination);
+  ASSERT_EQ(log.Send("last words"), 1);
+  log.CloseDispatcher();
+  EXPECT_EQ(dispatcher.Wait(5000), 0) << "a clean exit";
+  EXPECT_FALSE(SocketAnswers(socket));
+  EXPECT_EQ(ReadLog(path).size(), 1u);
+  EXPECT_EQ(log.Send("nobody left"), 0) << "and no new one is started: none is registered";
+  log.SetDestination(nullptr);
+}
