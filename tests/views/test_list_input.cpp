@@ -271,6 +271,19 @@ TEST_F(ListInput, ScreenReadersSeeAList) {
   QAccessibleInterface* hit = list->childAt(inRow.x(), inRow.y());
   ASSERT_NE(hit, nullptr);
   EXPECT_EQ(hit->text(QAccessible::Name), QStringLiteral("row 5"));
+
+  // The table side that readers use for counts and the selection.
+  QAccessibleTableInterface* table = list->tableInterface();
+  ASSERT_NE(table, nullptr);
+  EXPECT_EQ(table->rowCount(), 12);
+  EXPECT_EQ(table->columnCount(), 1);
+  EXPECT_TRUE(table->isRowSelected(3));
+  EXPECT_EQ(table->selectedRows(), QList<int>{3});
+  EXPECT_TRUE(table->selectRow(7));
+  EXPECT_EQ(SelectedRows(view), (Ints{3, 7}));
+  ASSERT_NE(row->tableCellInterface(), nullptr);
+  EXPECT_EQ(row->tableCellInterface()->rowIndex(), 3);
+  EXPECT_TRUE(row->tableCellInterface()->isSelected());
 }
 
 }  // namespace

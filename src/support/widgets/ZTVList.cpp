@@ -804,10 +804,54 @@ class TRowAccessible;
 
 // The list as screen readers see it: a list whose children are made on demand for the rows asked
 // about, so that a list of a million rows costs nothing until a reader walks it.
-class TListAccessible : public QAccessibleWidget {
+class TListAccessible : public QAccessibleWidget, public QAccessibleTableInterface {
  public:
   explicit TListAccessible(TZTCustomVirtualListBox* list) : QAccessibleWidget(list, QAccessible::List) {}
   ~TListAccessible() override { ForgetRows(); }
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::TableInterface) return static_cast<QAccessibleTableInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+
+  // The list as a table of one column: the count, the selection and the row texts that readers ask.
+  QAccessibleInterface* caption() const override { return nullptr; }
+  QAccessibleInterface* summary() const override { return nullptr; }
+  QAccessibleInterface* cellAt(int row, int column) const override { return column == 0 ? child(row) : nullptr; }
+  int columnCount() const override { return 1; }
+  int rowCount() const override { return List()->NumItems(); }
+  QString columnDescription(int) const override { return List()->Header(); }
+  QString rowDescription(int) const override { return QString(); }
+  bool isColumnSelected(int) const override { return false; }
+  bool isRowSelected(int row) const override { return List()->IsItemSelected(row); }
+  int selectedColumnCount() const override { return 0; }
+  QList<int> selectedColumns() const override { return {}; }
+  QList<int> selectedRows() const override {
+    QList<int> rows;
+    for (int32_t row = 0; row < List()->NumItems(); ++row)
+      if (List()->IsItemSelected(row)) rows.push_back(row);
+    return rows;
+  }
+  int selectedRowCount() const override { return static_cast<int>(selectedRows().size()); }
+  int selectedCellCount() const override { return selectedRowCount(); }
+  QList<QAccessibleInterface*> selectedCells() const override {
+    QList<QAccessibleInterface*> cells;
+    for (int row : selectedRows()) cells.push_back(child(row));
+    return cells;
+  }
+  bool selectColumn(int) override { return false; }
+  bool unselectColumn(int) override { return false; }
+  bool selectRow(int row) override {
+    if (row < 0 || row >= List()->NumItems() || !List()->OnSelect) return false;
+    List()->SelectItem(row, true);
+    return true;
+  }
+  bool unselectRow(int row) override {
+    if (row < 0 || row >= List()->NumItems() || !List()->OnSelect) return false;
+    List()->SelectItem(row, false);
+    return true;
+  }
+  void modelChange(QAccessibleTableModelChangeEvent*) override { ForgetRows(); }
 
   TZTCustomVirtualListBox* List() const { return static_cast<TZTCustomVirtualListBox*>(widget()); }
 
@@ -835,9 +879,21 @@ class TListAccessible : public QAccessibleWidget {
   mutable QHash<int, QAccessible::Id> FRows;
 };
 
-class TRowAccessible : public QAccessibleInterface {
+class TRowAccessible : public QAccessibleInterface, public QAccessibleTableCellInterface {
  public:
   TRowAccessible(TZTCustomVirtualListBox* list, int row) : FList(list), FRow(row) {}
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::TableCellInterface) return static_cast<QAccessibleTableCellInterface*>(this);
+    return nullptr;
+  }
+  bool isSelected() const override { return isValid() && FList->IsItemSelected(FRow); }
+  QList<QAccessibleInterface*> columnHeaderCells() const override { return {}; }
+  QList<QAccessibleInterface*> rowHeaderCells() const override { return {}; }
+  int columnIndex() const override { return 0; }
+  int rowIndex() const override { return FRow; }
+  int columnExtent() const override { return 1; }
+  int rowExtent() const override { return 1; }
+  QAccessibleInterface* table() const override { return parent(); }
   bool isValid() const override { return FList && FRow < FList->NumItems(); }
   QObject* object() const override { return nullptr; }
   QWindow* window() const override { return FList ? FList->window()->windowHandle() : nullptr; }
