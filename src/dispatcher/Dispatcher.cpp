@@ -642,7 +642,7 @@ TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view pay
   }
   if (view.MsgType == ztmOpenRoute) return OpenRoute(view);
   if (view.MsgType == ztmCloseRoute) {
-    FRoutes.erase(std::string(view.RouteKey));
+    CloseRoute(std::string(view.RouteKey));
     return TResult::Taken;
   }
 
@@ -667,6 +667,28 @@ TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
   if (sinks.empty()) return TResult::Refused;
   FRoutes[std::string(view.RouteKey)] = std::move(sinks);
   return TResult::Taken;
+}
+
+void TDispatcher::CloseRoute(const std::string& routeKey) {
+  auto route = FRoutes.find(routeKey);
+  if (route == FRoutes.end()) return;
+  std::vector<TSink*> sinks = std::move(route->second);
+  FRoutes.erase(route);
+  // A log file that no route names any more is closed, so that a long-running dispatcher does
+  // not keep every file it ever wrote open; the next route that names it opens it again.
+  for (TSink* sink : sinks) {
+    if (!dynamic_cast<TFileSink*>(sink)) continue;
+    bool used = false;
+    for (auto& [key, others] : FRoutes)
+      used = used || std::find(others.begin(), others.end(), sink) != others.end();
+    if (used) continue;
+    for (auto it = FSinks.begin(); it != FSinks.end(); ++it)
+      if (it->second.get() == sink) {
+        sink->Stop(0);
+        FSinks.erase(it);
+        break;
+      }
+  }
 }
 
 std::vector<TSink*> TDispatcher::SinksFor(const std::string& destinationText) {

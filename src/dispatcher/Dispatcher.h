@@ -174,6 +174,7 @@ class TDispatcher {
   void ProcessFrames(TClient& client);
   TResult HandleFrame(uint32_t tag, std::string_view payload);
   TResult OpenRoute(const TZentrailPacketView& view);
+  void CloseRoute(const std::string& routeKey);
   std::vector<TSink*> SinksFor(const std::string& destinationText);
   void CloseClient(int fd);
   void RetryWaiting();

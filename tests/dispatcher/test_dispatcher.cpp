@@ -466,3 +466,34 @@ TEST_F(DispatcherTest, CloseDispatcherAsksTheRunningOneToFinish) {
   EXPECT_EQ(log.Send("nobody left"), 0) << "and no new one is started: none is registered";
   log.SetDestination(nullptr);
 }
+
+TEST_F(DispatcherTest, LogFileIsClosedWhenNoRouteNamesItAnyMore) {
+  StartDispatcher();
+  std::string path = (dir / "closed-after.ztl").string();
+  auto openInDispatcher = [&] {
+    for (auto& fd : fs::directory_iterator("/proc/" + std::to_string(dispatcher.Pid()) + "/fd")) {
+      std::error_code ec;
+      if (fs::read_symlink(fd.path(), ec).string() == path) return true;
+    }
+    return false;
+  };
+  TZentrailDestination destination("File[Path=" + path + "]");
+  TZentrailLogger a, b;
+  a.SetDestination(&destination);
+  b.SetDestination(&destination);
+  ASSERT_EQ(a.Send("from a"), 1);
+  ASSERT_EQ(b.Send("from b"), 1);
+  EXPECT_TRUE(openInDispatcher());
+  a.SetDestination(nullptr);
+  ASSERT_EQ(a.Send("a to the viewer"), 1);  // closes a's file route
+  EXPECT_TRUE(openInDispatcher()) << "b still writes there";
+  b.SetDestination(nullptr);
+  ASSERT_EQ(b.Send("b to the viewer"), 1);
+  EXPECT_FALSE(openInDispatcher());
+  b.SetDestination(&destination);
+  ASSERT_EQ(b.Send("b again"), 1);
+  b.SetDestination(nullptr);
+  auto messages = ReadLog(path);
+  ASSERT_EQ(messages.size(), 3u);
+  EXPECT_EQ(messages[2].MsgText, "b again");
+}
