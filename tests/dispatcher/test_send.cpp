@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "../logging/ZentrailTestServers.h"
 #include "TestEnvironment.h"
@@ -68,6 +69,25 @@ TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
     EXPECT_EQ(messages[2 + i].MsgType, ztmError);
     EXPECT_EQ(messages[2 + i].MsgText, lines[i]);
   }
+}
+
+TEST_F(SendTest, SendsOverTcpWhenAsked) {
+  ASSERT_TRUE(dispatcher.Start(BinaryPath("src/dispatcher/zentrail-dispatcher"), {"--tcp-port", "0"}));
+  std::string error;
+  fs::path portFile = fs::path(GetRuntimeFolder(error)) / "dispatcher-tcp-port";
+  int port = 0;
+  ASSERT_TRUE(WaitUntil([&] {
+    std::ifstream in(portFile);
+    return static_cast<bool>(in >> port);
+  }));
+  std::string log = (dir / "tcp.ztl").string();
+  EXPECT_EQ(Send("--tcp 127.0.0.1:" + std::to_string(port) + " --dest 'File[Path=" + log + "]' 'by tcp'"), 0);
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+  auto messages = ReadLog(log);
+  ASSERT_EQ(messages.size(), 1u);
+  EXPECT_EQ(messages[0].MsgText, "by tcp");
+  std::string out;
+  EXPECT_EQ(Send("--tcp 127.0.0.1:" + std::to_string(port) + " 'nobody there now'", "", &out), 1) << out;
 }
 
 TEST_F(SendTest, ReportsFailuresAndWrongArguments) {

@@ -103,6 +103,36 @@ TEST_F(TLoggerFixture, FirstSendAnnouncesRouteAndChangesOfDestinationReplaceIt) 
   EXPECT_EQ(routes.size(), 2u);
 }
 
+TEST_F(TLoggerFixture, RouteIsRenewedAfterADayAndMadeForAnEmptyId) {
+  TZentrailMessage message;
+  std::string id;
+  int32_t date = 0;
+  ASSERT_EQ(connection->SendZentrailMessage(log, message, id, date), 1);
+  EXPECT_FALSE(id.empty()) << "an empty id gets a route at the first message";
+  EXPECT_EQ(date, ZentrailManager.GetTimeStamp().Date);
+  ASSERT_EQ(connection->Sent.size(), 2u);
+  std::string first = id;
+
+  date -= 1;  // yesterday's route still serves
+  ASSERT_EQ(connection->SendZentrailMessage(log, message, id, date), 1);
+  EXPECT_EQ(id, first);
+  EXPECT_EQ(connection->Sent.size(), 3u);
+
+  date -= 1;  // more than a day old: a new route, announced before the message
+  ASSERT_EQ(connection->SendZentrailMessage(log, message, id, date), 1);
+  EXPECT_NE(id, first);
+  EXPECT_EQ(date, ZentrailManager.GetTimeStamp().Date);
+  ASSERT_EQ(connection->Sent.size(), 5u);
+  EXPECT_EQ(connection->Sent[3].MsgType, ztmOpenRoute);
+  EXPECT_EQ(connection->Sent[3].RouteKey, id);
+  EXPECT_EQ(connection->Sent[4].RouteKey, id);
+
+  id = "not-a-known-route";
+  ASSERT_EQ(connection->SendZentrailMessage(log, message, id, date), 1);
+  EXPECT_NE(id, "not-a-known-route");
+  EXPECT_EQ(connection->Sent[5].MsgType, ztmOpenRoute);
+}
+
 TEST_F(TLoggerFixture, DestroyedDestinationFallsBackToTheDefault) {
   {
     TZentrailDestination own("File[Path=/tmp/a.ztl]");

@@ -151,7 +151,13 @@ int main(int argc, char** argv) {
     uint16_t port = 3434;
     if (auto colon = tcp.rfind(':'); colon != std::string::npos) {
       host = tcp.substr(0, colon);
-      port = static_cast<uint16_t>(std::atoi(tcp.c_str() + colon + 1));
+      char* end = nullptr;
+      long n = std::strtol(tcp.c_str() + colon + 1, &end, 10);
+      if (!end || *end || n < 1 || n > 65535) {
+        std::fprintf(stderr, "zentrail-send: not a port: %s\n", tcp.c_str() + colon + 1);
+        return 2;
+      }
+      port = static_cast<uint16_t>(n);
     }
     log.ConnectUsingTcp(host, port);
   }
