@@ -137,6 +137,8 @@ TZTMessageView::TZTMessageView(QWidget* parent, IZentrailApplication* app) : TZT
   FOwnMessageImages = CreateMessageImageList(this);
   FOwnBookmarkImages = CreateBookmarkImageList(this);
   setMouseTracking(true);
+  viewport()->setMouseTracking(true);
+  OnTopIndexChanged = [this] { ReleaseHint(); };
 
   // A held key or a drag produces many selection changes; the details follow once input settles.
   FDetailsTimer = new QTimer(this);
@@ -583,6 +585,7 @@ bool TZTMessageView::IsCollapsed(int32_t row) {
 }
 
 void TZTMessageView::ToggleCurrentMethod() {
+  ReleaseHint();
   if (!SelectCurrentRecord()) return;
   const int32_t row = ItemIndex();
   const int32_t type = MessageSet.GetMsgType();
@@ -907,7 +910,7 @@ void TZTMessageView::CropToSelection() { NotAvailable(this, "Cropping to the sel
 
 void TZTMessageView::Activated() {}
 
-void TZTMessageView::Deactivated() {}
+void TZTMessageView::Deactivated() { ReleaseHint(); }
 
 void TZTMessageView::keyPressEvent(QKeyEvent* event) {
   if (event->key() == Qt::Key_F2 && event->modifiers() == Qt::NoModifier) {

@@ -25,6 +25,25 @@ namespace zentrail {
 
 class TZentrailMessageSet;
 
+// The small window that shows a message text cut off in its row, at the place of the row's text.
+class TZTMessageViewHintWindow : public QWidget {
+  Q_OBJECT
+ public:
+  explicit TZTMessageViewHintWindow(QWidget* owner);
+  // Word-broken measure: left 2 pixels before the text, the width of the measure plus 4 within
+  // maxWidth, the height of the measure plus 2 but never more than 40.
+  QRect CalcHintRect(int maxWidth, const QString& text) const;
+  // Shows text in the rectangle given in screen coordinates.
+  void ActivateHint(const QRect& rect, const QString& text);
+  const QString& Text() const { return FText; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QString FText;
+};
+
 class TZTViewItem {
  public:
   explicit TZTViewItem(int32_t recNo) : RecNo(recNo) {}
@@ -240,6 +259,19 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void keyPressEvent(QKeyEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+
+ public:
+  // The hint for cut text: shown by mouse moves over a row whose text doesn't fit, released by a
+  // press, a vertical scroll, leaving the control and the loss of focus. Null until first needed.
+  TZTMessageViewHintWindow* HintWindow() const { return FHintWindow; }
+  void UpdateHint(const QPoint& viewportPos);
+  void ReleaseHint();
+
+ protected:
 
  private:
   IZentrailApplication* App() const;
@@ -291,6 +323,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   TZTImageList* FOwnBookmarkImages = nullptr;
   QMenu* FPopupMenu = nullptr;
   QTimer* FDetailsTimer = nullptr;
+  TZTMessageViewHintWindow* FHintWindow = nullptr;
 };
 
 // Thrown by operations whose work isn't part of this build yet.

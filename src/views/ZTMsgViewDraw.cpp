@@ -107,6 +107,7 @@ void TZTMessageView::UpdateSettings() {
     setFont(messageFont);
     UpdateColumnWidths();
   }
+  if (FHintWindow) FHintWindow->setFont(font());
   SetPopupMenu(app->GetPopupMenu());
   auto follow = [this](TZTImageList*& slot, TZTImageList* list) {
     if (slot == list) return;

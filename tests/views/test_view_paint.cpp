@@ -2,7 +2,9 @@
 // view of a realistic run shows the structure, separators and marks where they belong.
 
 #include <QCoreApplication>
+#include <QApplication>
 #include <QImage>
+#include <QMouseEvent>
 #include <QPixmap>
 #include <QSet>
 #include <QTest>
@@ -208,6 +210,58 @@ TEST_F(ViewPaint, GrabOfARunShowsStructureSeparatorsAndMarks) {
   EXPECT_EQ(pixelAtRow(syncRow, 1), ColorToQColor(0x00AFEBFF));
   EXPECT_EQ(pixelAtRow(last, 1), ColorToQColor(0x00F0CDAA));
   EXPECT_EQ(pixelAtRow(last - 3, 1), ColorToQColor(0x00FFFFFF));
+}
+
+}  // namespace
+}  // namespace zentrail::test
+
+namespace zentrail::test {
+namespace {
+
+class ViewHint : public TViewTest {};
+
+TEST_F(ViewHint, CutTextShowsInAHintUntilPressOrScroll) {
+  TZTMessageView view;
+  view.resize(500, 200);
+  view.show();
+  view.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&view));
+  const std::string longText =
+      "This message is far too long for the room that the message column has in a narrow view, so it is cut";
+  Store(ztmInfo, "short", {&view});
+  Store(ztmInfo, longText, {&view});
+  for (int i = 0; i < 40; ++i) Store(ztmInfo, "filler", {&view});
+
+  auto moveTo = [&](int32_t row, int x) {
+    const QPoint pos(x, view.ItemRect(row).center().y());
+    QMouseEvent move(QEvent::MouseMove, QPointF(pos), QPointF(view.viewport()->mapToGlobal(pos)), Qt::NoButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(view.viewport(), &move);
+  };
+  moveTo(0, 80);
+  EXPECT_TRUE(view.HintWindow() == nullptr || !view.HintWindow()->isVisible());
+  moveTo(1, 80);
+  ASSERT_NE(view.HintWindow(), nullptr);
+  EXPECT_TRUE(view.HintWindow()->isVisible());
+  EXPECT_EQ(view.HintWindow()->Text(), QString::fromStdString(longText));
+  EXPECT_LE(view.HintWindow()->height(), 40);
+  const QRect message = view.MessageRect(view.ItemRect(1), 0, ztmInfo);
+  EXPECT_EQ(view.HintWindow()->geometry().top(), view.viewport()->mapToGlobal(view.ItemRect(1).topLeft()).y() - 2);
+  EXPECT_EQ(view.HintWindow()->geometry().left(), view.viewport()->mapToGlobal(message.topLeft()).x() - 3);
+
+  QTest::mousePress(view.viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(80, view.ItemRect(1).center().y()));
+  QTest::mouseRelease(view.viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(80, view.ItemRect(1).center().y()));
+  EXPECT_FALSE(view.HintWindow()->isVisible());
+  moveTo(1, 80);
+  EXPECT_TRUE(view.HintWindow()->isVisible());
+  view.SetTopIndex(5);
+  EXPECT_FALSE(view.HintWindow()->isVisible());
+  moveTo(0, 80);  // now row 5: short text
+  EXPECT_FALSE(view.HintWindow()->isVisible());
+  view.SetTopIndex(0);
+  moveTo(1, 80);
+  view.Deactivated();
+  EXPECT_FALSE(view.HintWindow()->isVisible());
 }
 
 }  // namespace
