@@ -71,6 +71,9 @@ int main(int argc, char** argv) {
   const int32_t bigText = Put(ztmTextFile, text, "Text File", "access.log");
   std::printf("figure: inspect_10mb_text_ms %.1f ms\n", MedianSelectMs(pane, small, bigText));
 
+  const int32_t longLine = Put(ztmCustomText, std::string(2u << 20, 'x'), "", "one long line");
+  std::printf("figure: inspect_2mb_single_line_ms %.1f ms\n", MedianSelectMs(pane, small, longLine));
+
   const int32_t bigList = Put(ztmStringList, text.substr(0, 2u << 20), "TStringList", "lines");
   std::printf("figure: inspect_2mb_string_list_ms %.1f ms\n", MedianSelectMs(pane, small, bigList));
 

@@ -169,6 +169,9 @@ class TZTStockInspector : public QFrame {
 // ---------------------------------------------------------------------------------------------
 // Text inspectors
 
+// Lines longer than this are shown in pieces of this size.
+inline constexpr std::size_t ztMaxShownLineBytes = 2000;
+
 class TZTStringInspector : public TZTStockInspector {
   Q_OBJECT
  public:
@@ -196,7 +199,10 @@ class TZTStringInspector : public TZTStockInspector {
   // "Copy Value to Clipboard": the text behind the first " = ".
   void CopyValueToClipboard();
   QsciScintilla* View() const { return FView; }
+  // The text as the view shows it, and the text as it came (they differ only when lines too long
+  // for the view were shown in pieces).
   QString Text() const;
+  QString FullText() const;
 
   QToolButton* FBtnWordWrap = nullptr;
   QToolButton* FBtnLineNumbers = nullptr;
@@ -211,6 +217,8 @@ class TZTStringInspector : public TZTStockInspector {
 
   QsciScintilla* FView = nullptr;
   QMenu* FPopupMenu = nullptr;
+  bool FTextBroken = false;
+  QString FUnbrokenText;
 };
 
 class TZTTextInspector : public TZTStringInspector {

@@ -95,18 +95,60 @@ void TZTStringInspector::CreateToolbarButtons(QWidget* toolbar) {
 }
 
 void TZTStringInspector::SetViewText(std::string_view utf8) {
+  // The text view lays out a whole line at once, which takes seconds for a line of megabytes. Such
+  // lines are shown in pieces; copying and printing still use the text as it came.
+  FUnbrokenText.clear();
+  FTextBroken = false;
+  std::string pieces;
+  std::size_t lineStart = 0;
+  for (std::size_t i = 0; i <= utf8.size(); ++i) {
+    if (i < utf8.size() && utf8[i] != '\n' && utf8[i] != '\r') continue;
+    if (i - lineStart > ztMaxShownLineBytes) {
+      if (!FTextBroken) {
+        pieces.assign(utf8.data(), lineStart);
+        FTextBroken = true;
+      }
+      std::size_t at = lineStart;
+      while (i - at > ztMaxShownLineBytes) {
+        std::size_t cut = at + ztMaxShownLineBytes;
+        while (cut > at && (static_cast<unsigned char>(utf8[cut]) & 0xC0) == 0x80) --cut;  // whole characters
+        pieces.append(utf8.data() + at, cut - at);
+        pieces += "\r\n";
+        at = cut;
+      }
+      pieces.append(utf8.data() + at, i - at);
+    } else if (FTextBroken) {
+      pieces.append(utf8.data() + lineStart, i - lineStart);
+    }
+    if (i < utf8.size()) {
+      if (FTextBroken) pieces += utf8[i];
+      lineStart = i + 1;
+    }
+  }
+  std::string_view shown = utf8;
+  if (FTextBroken) {
+    FUnbrokenText = ToQString(utf8);
+    shown = pieces;
+  }
   FView->setReadOnly(false);
   FView->SendScintilla(QsciScintilla::SCI_CLEARALL);
-  if (!utf8.empty()) {
-    FView->SendScintilla(QsciScintilla::SCI_APPENDTEXT, static_cast<unsigned long>(utf8.size()),
-                         utf8.data());
+  if (!shown.empty()) {
+    FView->SendScintilla(QsciScintilla::SCI_APPENDTEXT, static_cast<unsigned long>(shown.size()),
+                         shown.data());
   }
   FView->SendScintilla(QsciScintilla::SCI_EMPTYUNDOBUFFER);
   FView->SendScintilla(QsciScintilla::SCI_SETSCROLLWIDTH, 1L);
   FView->setReadOnly(true);
-  FView->setCursorPosition(0, 0);
+  // Placing the caret without scrolling: scrolling to it would lay out the first line now.
+  FView->SendScintilla(QsciScintilla::SCI_SETEMPTYSELECTION, 0UL);
   UpdateLineNumberMargin();
+  if (FTextBroken) {
+    SetNotice(QStringLiteral("Lines longer than %1 bytes are shown in pieces; copying and printing use the text as sent.")
+                  .arg(ztMaxShownLineBytes));
+  }
 }
+
+QString TZTStringInspector::FullText() const { return FTextBroken ? FUnbrokenText : Text(); }
 
 QString TZTStringInspector::Text() const { return FView->text(); }
 
@@ -124,7 +166,7 @@ void TZTStringInspector::JumpToEnd() {
   FView->ensureCursorVisible();
 }
 
-void TZTStringInspector::GetContents(QStringList& lines) { lines.append(SplitLines(Text())); }
+void TZTStringInspector::GetContents(QStringList& lines) { lines.append(SplitLines(FullText())); }
 
 void TZTStringInspector::Clear() {
   TZTStockInspector::Clear();
@@ -171,12 +213,12 @@ void TZTStringInspector::CopyToClipboard() {
   if (FView->hasSelectedText()) {
     FView->copy();
   } else {
-    PutTextOnClipboard(Text());
+    PutTextOnClipboard(FullText());
   }
 }
 
 void TZTStringInspector::CopyValueToClipboard() {
-  QString text = Text();
+  QString text = FullText();
   const qsizetype at = text.indexOf(QStringLiteral(" = "));
   if (at >= 0) text = text.mid(at + 3);
   PutTextOnClipboard(text);

@@ -536,7 +536,7 @@ void TZTXmlView::InspectMessage(const QString& xmlText) {
   synXmlData->SendScintilla(QsciScintilla::SCI_EMPTYUNDOBUFFER);
   synXmlData->SendScintilla(QsciScintilla::SCI_SETSCROLLWIDTH, 1L);
   synXmlData->setReadOnly(true);
-  synXmlData->setCursorPosition(0, 0);
+  synXmlData->SendScintilla(QsciScintilla::SCI_SETEMPTYSELECTION, 0UL);
 }
 
 void TZTXmlView::BuildTree() {

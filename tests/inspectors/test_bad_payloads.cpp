@@ -136,11 +136,26 @@ TEST_F(BadPayloads, MegabytesOfTextStayWhole) {
   EXPECT_EQ(pane.ShowCurrentMessage(1), TZTInspectorPane::pnText);
   EXPECT_EQ(static_cast<std::size_t>(pane.TextInspector()->View()->lines()), lineCount + 1);
 
-  // One enormous line without any break.
-  test::PutMessage(ztmCustomText, std::string(2u << 20, 'x'), "", "one line");
+  // One enormous line without any break: shown in pieces, copied whole. Pieces end at whole
+  // characters even in multi-byte text.
+  std::string line;
+  while (line.size() < (1u << 20)) line += "é€x";
+  test::PutMessage(ztmCustomText, "head\r\n" + line + "\r\ntail", "", "one line");
   pane.ShowCurrentMessage(1);
-  EXPECT_EQ(pane.TextInspector()->View()->lines(), 1);
-  EXPECT_EQ(pane.TextInspector()->View()->lineLength(0), 2 << 20);
+  TZTTextInspector* t = pane.TextInspector();
+  EXPECT_GT(t->View()->lines(), 10);
+  EXPECT_FALSE(t->Notice().isEmpty());
+  EXPECT_EQ(t->Text().indexOf(QChar(0xFFFD)), -1);
+  QStringList lines;
+  t->GetContents(lines);
+  ASSERT_EQ(lines.size(), 3);
+  EXPECT_EQ(lines[1].toStdString(), line);
+  t->CopyToClipboard();
+  EXPECT_EQ(test::ClipboardText(), "head\r\n" + line + "\r\ntail");
+  test::PutMessage(ztmCustomText, "short again", "", "short");
+  pane.ShowCurrentMessage(1);
+  EXPECT_TRUE(t->Notice().isEmpty());
+  EXPECT_EQ(t->FullText(), QStringLiteral("short again"));
 
   // A message text of megabytes in the String inspector, and a string list of many lines.
   test::PutMessage(ztmText, "", "", text);
