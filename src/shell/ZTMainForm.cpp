@@ -679,30 +679,28 @@ void TFrmViewer::ActivateView(IZTMessageView* view) {
 }
 
 void TFrmViewer::PopulateView(IZTMessageView* view) {
-  bool autoScroll = FAutoScroll;
+  // Auto-scroll off and no painting while every stored record is offered once; both come back
+  // on every way out.
+  struct TRestore {
+    TFrmViewer& Window;
+    IZTMessageView* View;
+    bool AutoScroll;
+    ~TRestore() {
+      Window.FAutoScroll = AutoScroll;
+      Window.FPopulating = false;
+      View->GetWidget()->setUpdatesEnabled(true);
+      View->UpdateSettings();
+    }
+  } restore{*this, view, FAutoScroll};
   FAutoScroll = false;
   FPopulating = true;
-  auto* widget = view->GetWidget();
-  widget->setUpdatesEnabled(false);
-  auto* asMsgView = view;
-  asMsgView->UpdateSettings();
-  try {
-    int count = MessageSet.GetRecordCount();
-    for (int rec = 1; rec <= count; ++rec) {
-      MessageSet.GotoRec(rec);
-      view->AddMessage(false);
-    }
-  } catch (...) {
-    FAutoScroll = autoScroll;
-    FPopulating = false;
-    widget->setUpdatesEnabled(true);
-    asMsgView->UpdateSettings();
-    throw;
+  view->GetWidget()->setUpdatesEnabled(false);
+  view->UpdateSettings();
+  const int32_t count = MessageSet.GetRecordCount();
+  for (int32_t rec = 1; rec <= count; ++rec) {
+    MessageSet.GotoRec(rec);
+    view->AddMessage(false);
   }
-  FAutoScroll = autoScroll;
-  FPopulating = false;
-  widget->setUpdatesEnabled(true);
-  asMsgView->UpdateSettings();
 }
 
 IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCriteria& filter, bool modified,
