@@ -128,6 +128,14 @@ void TZentrailConnection::CloseRoute(TRoute& route, const std::string& category)
   route.Code.reset();
 }
 
+void TZentrailConnection::ReleaseRoute(const std::string& dispatchID, const std::string& category) {
+  std::lock_guard lock(FMonitor);
+  TRoute* route = FindRoute(dispatchID);
+  if (!route) return;
+  CloseRoute(*route, category);
+  std::erase_if(FDispatchIDs, [&](const TRoute& r) { return r.ID == dispatchID; });
+}
+
 void TZentrailConnection::CloseAllRoutes() {
   std::lock_guard lock(FMonitor);
   for (auto& route : FDispatchIDs) CloseRoute(route, {});
@@ -159,6 +167,8 @@ int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailM
       if (!route->Code || *route->Code != code) {
         if (route->Code) {
           CloseRoute(*route, logger.Category());
+          std::string old = route->ID;
+          std::erase_if(FDispatchIDs, [&](const TRoute& r) { return r.ID == old; });
           route = &NewRoute(dispatchID, dispatchIDDate);
         }
         destination.Validate();  // an invalid destination raises to the application

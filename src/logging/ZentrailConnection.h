@@ -59,6 +59,10 @@ class TZentrailConnection {
   int SendZentrailMessage(TZentrailLogger& logger, TZentrailMessage& message, std::string& dispatchID,
                           int32_t& dispatchIDDate);
 
+  // Closes the route of a logger that goes away, so that the dispatcher can let go of its
+  // destination (a log file is closed when no route names it).
+  void ReleaseRoute(const std::string& dispatchID, const std::string& category);
+
   uint8_t Compression() const { return FCompression; }
 
   // A new GUID in its registry form without braces, e.g. "0F8FAD5B-D9CB-469F-A165-70867728950E".

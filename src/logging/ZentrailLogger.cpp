@@ -27,6 +27,9 @@ TZentrailLogger::~TZentrailLogger() {
   for (auto it = notifiers.rbegin(); it != notifiers.rend(); ++it) (*it)->FreeNotify(*this);
   FNotifiers.clear();
   if (FDestination) FDestination->Unlink(this);
+  if (!FDispatchID.empty()) {
+    if (auto connection = Connection()) connection->ReleaseRoute(FDispatchID, FCategory);
+  }
   FConnection.reset();
 }
 

@@ -103,6 +103,26 @@ TEST_F(TLoggerFixture, FirstSendAnnouncesRouteAndChangesOfDestinationReplaceIt) 
   EXPECT_EQ(routes.size(), 2u);
 }
 
+TEST_F(TLoggerFixture, LoggerThatGoesAwayClosesItsRoute) {
+  std::string id;
+  {
+    TZentrailLogger shortLived;
+    shortLived.SetConnection(connection);
+    shortLived.SetCategory("Temp");
+    shortLived.Send("brief");
+    id = shortLived.DispatchID();
+  }
+  ASSERT_EQ(connection->Sent.size(), 3u);
+  EXPECT_EQ(Last().MsgType, ztmCloseRoute);
+  EXPECT_EQ(Last().RouteKey, id);
+  EXPECT_EQ(Last().Category, "Temp");
+  {
+    TZentrailLogger silent;  // never sent: nothing to close
+    silent.SetConnection(connection);
+  }
+  EXPECT_EQ(connection->Sent.size(), 3u);
+}
+
 TEST_F(TLoggerFixture, RouteIsRenewedAfterADayAndMadeForAnEmptyId) {
   TZentrailMessage message;
   std::string id;
