@@ -422,7 +422,4 @@ TEST(Channel, TcpCarriesTheSameFrames) {
   error.clear();
   EXPECT_EQ(ConnectTcp("127.0.0.1", port, 2000, error), -1);
   EXPECT_NE(error.find("127.0.0.1"), std::string::npos) << error;
-  error.clear();
-  EXPECT_EQ(ConnectTcp("no-such-host.invalid", port, 2000, error), -1);
-  EXPECT_FALSE(error.empty());
 }
