@@ -5,6 +5,7 @@
 #include <netinet/in.h>
 #include <signal.h>
 #include <sys/epoll.h>
+#include <sys/file.h>
 #include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -406,7 +407,7 @@ TDispatcher::TDispatcher(TDispatcherOptions options) : FOptions(std::move(option
 
 TDispatcher::~TDispatcher() {
   for (auto& [fd, client] : FClients) close(fd);
-  for (int fd : {FEpoll, FUnixListen, FTcpListen, FSignalFd, FWakeFd})
+  for (int fd : {FEpoll, FUnixListen, FTcpListen, FSignalFd, FWakeFd, FLockFd})
     if (fd >= 0) close(fd);
 }
 
@@ -433,6 +434,15 @@ bool TDispatcher::Setup() {
   FWakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   FEpoll = epoll_create1(EPOLL_CLOEXEC);
 
+  // One dispatcher per user: the lock is held for the whole run, so that two started at the same
+  // moment cannot both take the socket (the later one would remove the earlier one's file).
+  std::string lockPath = GetRuntimeFolder(error) + "/dispatcher.lock";
+  FLockFd = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (FLockFd < 0 || flock(FLockFd, LOCK_EX | LOCK_NB) != 0) {
+    FAlreadyRunning = true;
+    if (FOptions.Verbose) Log("another dispatcher is running");
+    return false;
+  }
   FUnixListen = ListenUnixSocket(FSocketPath, error);
   if (FUnixListen < 0) {
     Log(error);
@@ -488,7 +498,7 @@ bool TDispatcher::Setup() {
 }
 
 int TDispatcher::Run() {
-  if (!Setup()) return 1;
+  if (!Setup()) return FAlreadyRunning ? 0 : 1;
   if (FOptions.Verbose) Log("listening on " + FSocketPath);
   bool running = true;
   std::vector<epoll_event> events(64);

@@ -182,7 +182,8 @@ class TDispatcher {
   void Log(const std::string& text) const;
 
   TDispatcherOptions FOptions;
-  int FEpoll = -1, FUnixListen = -1, FTcpListen = -1, FSignalFd = -1, FWakeFd = -1;
+  int FEpoll = -1, FUnixListen = -1, FTcpListen = -1, FSignalFd = -1, FWakeFd = -1, FLockFd = -1;
+  bool FAlreadyRunning = false;
   std::string FSocketPath, FPortFile;
   ino_t FSocketInode = 0;
   std::map<int, std::unique_ptr<TClient>> FClients;

@@ -497,3 +497,26 @@ TEST_F(DispatcherTest, LogFileIsClosedWhenNoRouteNamesItAnyMore) {
   ASSERT_EQ(messages.size(), 3u);
   EXPECT_EQ(messages[2].MsgText, "b again");
 }
+
+TEST_F(DispatcherTest, OnlyOneDispatcherRunsWhenSeveralStartAtOnce) {
+  constexpr int kCount = 4;
+  TChildProcess starters[kCount];
+  for (auto& s : starters) ASSERT_TRUE(s.Start(Program(), {}));
+  ASSERT_TRUE(WaitUntil([&] { return SocketAnswers(socket); }));
+  pid_t serving = SocketServerPid(socket);
+  int exited = 0;
+  for (auto& s : starters) {
+    if (s.Pid() == serving) continue;
+    EXPECT_EQ(s.Wait(5000), 0) << "a second dispatcher leaves quietly";
+    ++exited;
+  }
+  EXPECT_EQ(exited, kCount - 1);
+  TZentrailLogger log;
+  log.ConnectUsingCopyData();
+  EXPECT_EQ(log.Send("served by the one"), 1);
+  for (auto& s : starters) {
+    if (s.Running()) {
+      EXPECT_EQ(s.Signal(SIGTERM), 0);
+    }
+  }
+}
