@@ -5,7 +5,6 @@
 #include <QLocale>
 #include <QPainter>
 #include <QPixmap>
-#include <QRegularExpression>
 #include <iterator>
 
 #include "ZTMsgView.h"
@@ -210,7 +209,9 @@ QString TZTMessageView::CutText(const QString& text, int width, const QFontMetri
   static const QString ellipsis = QStringLiteral("...");
   QString result = text;
   bool multiLine = false;
-  const qsizetype lineEnd = result.indexOf(QRegularExpression(QStringLiteral("[\r\n]")));
+  qsizetype lineEnd = result.indexOf(QLatin1Char('\r'));
+  const qsizetype newLine = result.indexOf(QLatin1Char('\n'));
+  if (newLine >= 0 && (lineEnd < 0 || newLine < lineEnd)) lineEnd = newLine;
   if (lineEnd >= 0) {
     result.truncate(lineEnd);
     multiLine = true;
