@@ -1,16 +1,14 @@
 #include "LogDump.h"
 
 #include <charconv>
-#include <chrono>
 #include <cstdio>
 
 #include "LogRecord.h"
+#include "ZTDateTime.h"
 
 namespace zentrail::ztlog {
 
 namespace {
-
-constexpr int32_t kDelphiEpochDay = 693594;  // 30 December 1899 in the Date count
 
 void AppendNumber(std::string& out, int64_t value) {
   char buf[24];
@@ -22,22 +20,9 @@ void AppendNumber(std::string& out, int64_t value) {
 }  // namespace
 
 std::string FormatTimeStamp(const TZentrailTimeStamp& stamp, char separator) {
-  using namespace std::chrono;
-  int y = 1899, mo = 12, d = 30;
-  if (stamp.Date >= 1) {
-    const year_month_day ymd{sys_days{year{1899} / December / 30} + days{stamp.Date - kDelphiEpochDay}};
-    y = static_cast<int>(ymd.year());
-    mo = static_cast<int>(static_cast<unsigned>(ymd.month()));
-    d = static_cast<int>(static_cast<unsigned>(ymd.day()));
-  }
-  int64_t ms = stamp.Time;
-  if (ms < 0) ms = 0;
-  const int64_t h = ms / 3600000, mi = ms / 60000 % 60, s = ms / 1000 % 60, z = ms % 1000;
-  char buf[64];
-  std::snprintf(buf, sizeof buf, "%04d-%02d-%02d%c%02lld:%02lld:%02lld.%03lld", y, mo, d, separator,
-                static_cast<long long>(h), static_cast<long long>(mi), static_cast<long long>(s),
-                static_cast<long long>(z));
-  return buf;
+  return ::zentrail::FormatTimeStamp(separator == 'T' ? "yyyy-mm-dd\"T\"hh:nn:ss.zzz"
+                                                      : "yyyy-mm-dd hh:nn:ss.zzz",
+                                     stamp);
 }
 
 void AppendEscapedText(std::string& out, std::string_view text) {
