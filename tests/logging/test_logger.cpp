@@ -405,3 +405,24 @@ TEST(Logger, EventLogEntriesCarryTheSourceAndKind) {
   EXPECT_EQ(entries[2].priority, LOG_ERR);
   EXPECT_EQ(entries[2].text, "lost connection");
 }
+
+TEST(Logger, AssertHookReportsThroughTheGlobalLoggerOrAborts) {
+  auto connection = std::make_shared<TRecordingConnection>();
+  ZentrailLog.SetConnection(connection);
+  ZentrailManager.SetLogAsserts(laZentrail);
+  int line = __LINE__ + 1;
+  ZENTRAIL_ASSERT(1 + 1 == 3);
+  ZENTRAIL_ASSERT(1 + 1 == 2);
+  ASSERT_EQ(connection->Sent.size(), 2u) << "route and one error; execution goes on";
+  const TZentrailMessage& error = connection->Sent.back();
+  EXPECT_EQ(error.MsgType, ztmError);
+  EXPECT_TRUE(error.MsgText.starts_with("Assertion Failed: 1 + 1 == 3\rFile: ")) << error.MsgText;
+  EXPECT_NE(error.MsgText.find("test_logger.cpp\rLine: " + std::to_string(line) + "\rAddress: 0x"), std::string::npos)
+      << error.MsgText;
+
+  ZentrailManager.SetLogAsserts(laBoth);
+  EXPECT_DEATH(ZENTRAIL_ASSERT(false), "Assertion `false' failed");
+  ZentrailManager.SetLogAsserts(laNormal);
+  EXPECT_DEATH(ZENTRAIL_ASSERT(2 < 1), "Assertion `2 < 1' failed");
+  ZentrailLog.UseZentrailManagerConnection();
+}
