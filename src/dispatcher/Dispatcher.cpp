@@ -273,6 +273,10 @@ std::string DatedFileName(const std::string& path, const std::string& format, in
   return path.substr(0, dot) + "-" + stamp + path.substr(dot);
 }
 
+namespace {
+void CompressFile(const std::string& path);
+}  // namespace
+
 TFileSink::TFileSink(TFileOptions options) : FOptions(std::move(options)) {}
 
 TFileSink::~TFileSink() { Stop(0); }
@@ -315,24 +319,47 @@ void TFileSink::CloseFile() {
 }
 
 void TFileSink::CompressLater(std::string path) {
-  // Compressing a closed part can take a while; it must not hold up the clients.
-  FCompressors.emplace_back([path] {
-    int in = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (in < 0) return;
-    std::string target = path + ".gz";
-    gzFile out = gzopen(target.c_str(), "wb");
-    bool ok = out != nullptr;
-    char buf[65536];
-    ssize_t n;
-    while (ok && (n = read(in, buf, sizeof buf)) > 0) ok = gzwrite(out, buf, static_cast<unsigned>(n)) == n;
-    close(in);
-    if (out && gzclose(out) != Z_OK) ok = false;
-    if (ok) unlink(path.c_str());
-    else unlink(target.c_str());
-  });
+  // Compressing a closed part can take a while; it must not hold up the clients. Finished
+  // compressors are joined here, so a long run does not pile them up.
+  for (auto it = FCompressors.begin(); it != FCompressors.end();) {
+    if (it->Done->load()) {
+      it->Thread.join();
+      it = FCompressors.erase(it);
+    } else {
+      ++it;
+    }
+  }
+  auto done = std::make_shared<std::atomic<bool>>(false);
+  FCompressors.push_back({std::thread([path, done] {
+    CompressFile(path);
+    done->store(true);
+  }), done});
 }
 
+namespace {
+
+void CompressFile(const std::string& path) {
+  int in = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (in < 0) return;
+  std::string target = path + ".gz";
+  gzFile out = gzopen(target.c_str(), "wb");
+  bool ok = out != nullptr;
+  char buf[65536];
+  ssize_t n;
+  while (ok && (n = read(in, buf, sizeof buf)) > 0) ok = gzwrite(out, buf, static_cast<unsigned>(n)) == n;
+  close(in);
+  if (out && gzclose(out) != Z_OK) ok = false;
+  if (ok) unlink(path.c_str());
+  else unlink(target.c_str());
+}
+
+}  // namespace
+
 void TFileSink::Rotate() {
+  // Parts are renamed below; a compressor still at work on one must finish first, or it would
+  // remove a file that has taken the name of the one it read.
+  for (auto& c : FCompressors) c.Thread.join();
+  FCompressors.clear();
   std::string current = FOpenName;
   CloseFile();
   std::string gz = FOptions.Compressed ? ".gz" : "";
@@ -389,7 +416,7 @@ TSink::TPush TFileSink::Push(const TPacket& packet, const TZentrailPacketView&) 
 
 void TFileSink::Stop(int) {
   CloseFile();
-  for (auto& t : FCompressors) t.join();
+  for (auto& c : FCompressors) c.Thread.join();
   FCompressors.clear();
 }
 

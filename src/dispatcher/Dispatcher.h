@@ -142,7 +142,11 @@ class TFileSink : public TSink {
   int32_t FOpenDay = -1;
   int64_t FSize = 0;
   std::string FRecord;
-  std::vector<std::thread> FCompressors;
+  struct TCompressor {
+    std::thread Thread;
+    std::shared_ptr<std::atomic<bool>> Done;
+  };
+  std::vector<TCompressor> FCompressors;
 };
 
 // Names the dated file: yyyy, yy, mm, dd, hh, nn, ss in the format are replaced; the result goes
