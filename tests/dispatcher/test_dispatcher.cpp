@@ -263,6 +263,8 @@ TEST_F(DispatcherTest, FileSizeLimitKeepsWholeRecordsAndResumesWhenLifted) {
 
 TEST_F(DispatcherTest, GarbageFramesOnSocketAndTcpAreRefusedAndServiceGoesOn) {
   TFakeFrameServer viewer(viewerSocket);
+  std::string runtimeError;
+  fs::remove(fs::path(GetRuntimeFolder(runtimeError)) / "dispatcher-tcp-port");  // left by a killed one
   StartDispatcher({"--tcp-port", "0"});
   int port = ReadPortFile();
   ASSERT_GT(port, 0);

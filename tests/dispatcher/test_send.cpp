@@ -72,9 +72,10 @@ TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
 }
 
 TEST_F(SendTest, SendsOverTcpWhenAsked) {
-  ASSERT_TRUE(dispatcher.Start(BinaryPath("src/dispatcher/zentrail-dispatcher"), {"--tcp-port", "0"}));
   std::string error;
   fs::path portFile = fs::path(GetRuntimeFolder(error)) / "dispatcher-tcp-port";
+  fs::remove(portFile);  // a killed dispatcher leaves its file behind
+  ASSERT_TRUE(dispatcher.Start(BinaryPath("src/dispatcher/zentrail-dispatcher"), {"--tcp-port", "0"}));
   int port = 0;
   ASSERT_TRUE(WaitUntil([&] {
     std::ifstream in(portFile);
