@@ -474,6 +474,79 @@ void TZTMessageView::CopyToClipboard() {
   QApplication::clipboard()->setText(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
 }
 
+// ---- deleting rows -----------------------------------------------------------------------------
+
+void TZTMessageView::DeleteSelection() {
+  QApplication::setOverrideCursor(Qt::WaitCursor);
+  struct TCursorGuard {
+    ~TCursorGuard() { QApplication::restoreOverrideCursor(); }
+  } cursorGuard;
+  const int32_t rowCount = FRows.Count();
+  const int32_t itemCount = FItems.Count();
+  // Marked first and compacted once, so deleting a large selection costs one pass and not one
+  // list move per row. Records stay in the store; only this view's items go.
+  std::vector<char> dropItem(static_cast<size_t>(itemCount), 0);
+  std::vector<char> dropRow(static_cast<size_t>(rowCount), 0);
+  int32_t lowestRow = -1;
+  FChangingItems = true;
+  BeginUpdate();
+  try {
+    for (int32_t row = rowCount - 1; row >= 0; --row) {
+      if (!IsSelected(row)) continue;
+      const int32_t item = FRows.GetItems(row);
+      dropRow[static_cast<size_t>(row)] = 1;
+      if (FItems.GetItems(item).Collapsed) {
+        // A collapsed row goes with its whole method; without an end only the row goes.
+        const int32_t end = FindMethodEnd(item);
+        if (end >= 0) std::fill(dropItem.begin() + item, dropItem.begin() + end + 1, 1);
+      } else {
+        dropItem[static_cast<size_t>(item)] = 1;
+      }
+      lowestRow = row;
+    }
+    std::vector<int32_t> newIndex(static_cast<size_t>(itemCount), -1);
+    int32_t kept = 0;
+    for (int32_t item = 0; item < itemCount; ++item) {
+      if (dropItem[static_cast<size_t>(item)]) continue;
+      newIndex[static_cast<size_t>(item)] = kept;
+      FItems.Raw()[static_cast<size_t>(kept)] = FItems.Raw()[static_cast<size_t>(item)];
+      FIndents.Raw()[static_cast<size_t>(kept)] = FIndents.Raw()[static_cast<size_t>(item)];
+      FSelections.Raw()[static_cast<size_t>(kept)] = FSelections.Raw()[static_cast<size_t>(item)];
+      ++kept;
+    }
+    FItems.Raw().erase(FItems.Raw().begin() + kept, FItems.Raw().end());
+    FIndents.Raw().resize(static_cast<size_t>(kept));
+    FSelections.Raw().resize(static_cast<size_t>(kept));
+    auto& rows = FRows.Raw();
+    size_t out = 0;
+    for (size_t row = 0; row < rows.size(); ++row)
+      if (!dropRow[row]) rows[out++] = newIndex[static_cast<size_t>(rows[row])];
+    rows.resize(out);
+    FSelectedCount = static_cast<int32_t>(std::count(FSelections.Raw().begin(), FSelections.Raw().end(), 1));
+    SetItemIndex(-1);
+    SetNumItems(FRows.Count());
+  } catch (...) {
+    EndUpdate();
+    FChangingItems = false;
+    throw;
+  }
+  EndUpdate();
+  FChangingItems = false;
+  if (lowestRow >= 0 && NumItems() > 0) {
+    const int32_t focus = std::min(lowestRow, NumItems() - 1);
+    SetItemIndex(focus);
+    SetAnchorIndex(focus);
+  }
+}
+
+void TZTMessageView::CropToSelection() {
+  // Flipping row flags leaves hidden inner items as they were; the focus is dropped so that it
+  // doesn't count as selected.
+  for (int32_t row = 0; row < FRows.Count(); ++row) SetItemFlag(FRows.GetItems(row), !IsSelected(row));
+  SetItemIndex(-1);
+  DeleteSelection();
+}
+
 // ---- method structure --------------------------------------------------------------------------
 
 int32_t TZTMessageView::FindMethodEnd(int32_t item) {
@@ -903,8 +976,6 @@ bool TZTMessageView::Find(std::string&, TZTRegEx&, bool&, bool&, bool&) {
 }
 void TZTMessageView::JumpToMsgDlg() { NotAvailable(this, "Jump to message"); }
 void TZTMessageView::EditMessage(int32_t) { NotAvailable(this, "Editing a message"); }
-void TZTMessageView::DeleteSelection() { NotAvailable(this, "Deleting messages"); }
-void TZTMessageView::CropToSelection() { NotAvailable(this, "Cropping to the selection"); }
 
 // ---- activation and input ----------------------------------------------------------------------
 

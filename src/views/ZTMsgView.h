@@ -127,7 +127,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void CollapseAllMethods() override;
 
   // ---- IZTMessageViewExport, IZTMessageViewSave, IZTMessageViewPrint: come with the export and
-  // printing work; until then they raise EZTNotAvailable with a text that says so.
+  // printing work; until then they tell the user so through the prompt service and change nothing.
   void ExportAsXML(const QString& fileName) override;
   void ExportAsText(const QString& fileName) override;
   void Save(const QString& fileName) override;
@@ -137,8 +137,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void Activated() override;
   void Deactivated() override;
 
-  // ---- IZTMessageViewSearch. Find's dialog comes with the search work; until then it returns false
-  // and changes nothing. FindNext searches.
+  // ---- IZTMessageViewSearch. Find's dialog comes with the search work; until then it tells the user
+  // so, returns false and changes nothing. FindNext searches.
   bool Find(std::string& text, TZTRegEx& regex, bool& inDetails, bool& fromCursor, bool& forward) override;
   void FindNext(bool newSearch, const std::string& text, bool inDetails, bool fromCursor, bool forward,
                 const TZTRegEx& regex) override;
@@ -152,7 +152,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   bool SelectCurrentRecord() override;
   void SelectRecord(int32_t row) override;
   void JumpToItem(int32_t row) override;
-  void JumpToMsgDlg() override;  // the dialog comes with the navigation work; does nothing yet
+  void JumpToMsgDlg() override;  // the dialog comes with the navigation work
   void JumpToMessage(int32_t direction, int32_t msgType, int32_t msgContent) override;
   void JumpToTimeDiff(int32_t direction, int32_t threshold) override;
   void JumpToMsgRecNo(int32_t recNo) override;
@@ -164,7 +164,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void ResetIndentLevel() override;
   void BeginUpdate() override;
   void EndUpdate() override;
-  void EditMessage(int32_t row) override;  // comes with the editing work; does nothing yet
+  void EditMessage(int32_t row) override;  // the in-place editor comes with the editing work
   void TraverseCallStack(TZTCallStackList& strings) override;
 
   // ---- IZTMessageView
@@ -177,8 +177,10 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   int32_t GetMsgRecNo(int32_t row) override;
   QString GetViewClassName() override { return QString::fromLatin1(ViewClassKey); }
   bool Focused() override;
-  void DeleteSelection() override;  // comes with the editing work; does nothing yet
-  void CropToSelection() override;  // comes with the editing work; does nothing yet
+  // Takes the selected rows out of this view (a collapsed row with its whole method). The rows
+  // that remain keep their levels; bookmarks and the indent level stay.
+  void DeleteSelection() override;
+  void CropToSelection() override;
   void SelectAll() override;
   void CopyToClipboard() override;
   void AddMessage(bool force) override;
@@ -324,12 +326,6 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   QMenu* FPopupMenu = nullptr;
   QTimer* FDetailsTimer = nullptr;
   TZTMessageViewHintWindow* FHintWindow = nullptr;
-};
-
-// Thrown by operations whose work isn't part of this build yet.
-class EZTNotAvailable : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
 };
 
 // Image lists drawn for the viewer: message types and contents (0..46, 42 the collapsed method,

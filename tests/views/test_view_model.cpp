@@ -345,3 +345,86 @@ TEST_F(ViewModel, FilterSettingsRoundTripThroughTheViewSection) {
 
 }  // namespace
 }  // namespace zentrail::test
+
+#include <QApplication>
+#include <QClipboard>
+
+namespace zentrail::test {
+namespace {
+
+using Texts = std::vector<std::string>;
+using Ints = std::vector<int32_t>;
+
+class ViewEditing : public TViewTest {};
+
+TEST_F(ViewEditing, DeleteAndCropTakeRowsOutOfOneViewOnly) {
+  TZTMessageView view, other;
+  Store(ztmInfo, "zero", {&view, &other});
+  Store(ztmEnterMethod, "M>", {&view, &other});
+  Store(ztmInfo, "m1", {&view, &other});
+  Store(ztmExitMethod, "M<", {&view, &other});
+  Store(ztmInfo, "four", {&view, &other});
+  const int32_t fiveRec = Store(ztmInfo, "five", {&view, &other});
+  Store(ztmInfo, "six", {&view, &other});
+  view.CollapseMethod(1);
+  ASSERT_EQ(RowTexts(view), (Texts{"zero", "M>", "four", "five", "six"}));
+  view.SetFocusedMsgIndex(3);
+  view.ToggleBookmark(0);
+  view.Select(1, true);
+  view.Select(3, true);
+  view.SetFocusedMsgIndex(4);
+
+  view.DeleteSelection();
+  EXPECT_EQ(RowTexts(view), (Texts{"zero", "four", "six"}));
+  EXPECT_EQ(view.ItemCount(), 3);
+  EXPECT_EQ(view.GetCount(), 3);
+  EXPECT_EQ(RowIndents(view), (Ints{0, 0, 0}));
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 1);
+  EXPECT_EQ(SelectedRows(view), Ints{});
+  EXPECT_EQ(view.UpdateCount(), 0);
+  EXPECT_EQ(other.GetCount(), 7);
+  EXPECT_EQ(MessageSet.GetRecordCount(), 7);
+  // The bookmark still names the record; jumping finds the next later row.
+  EXPECT_EQ(view.GetBookmark(0), fiveRec);
+  view.JumpToBookmark(0);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 2);
+  // New messages go on at the end as before.
+  Store(ztmInfo, "seven", {&view, &other});
+  EXPECT_EQ(RowTexts(view), (Texts{"zero", "four", "six", "seven"}));
+
+  // Crop keeps what was selected.
+  other.Select(2, true);
+  other.Select(5, true);
+  other.SetFocusedMsgIndex(2);
+  other.CropToSelection();
+  EXPECT_EQ(RowTexts(other), (Texts{"m1", "five"}));
+  EXPECT_EQ(other.GetIndentLevel(0), 1);
+  // With nothing but the focused row selected, that row alone remains.
+  other.RemoveAllSelections();
+  other.Select(1, true);
+  other.SetFocusedMsgIndex(1);
+  other.CropToSelection();
+  EXPECT_EQ(RowTexts(other), (Texts{"five"}));
+}
+
+TEST_F(ViewEditing, CopyTakesSelectedItemsWithTheirIndent) {
+  TZTMessageView view;
+  Store(ztmEnterMethod, "A>", {&view});
+  Store(ztmEnterMethod, "B>", {&view});
+  Store(ztmInfo, "  deep text  ", {&view});
+  Store(ztmExitMethod, "B<", {&view});
+  QApplication::clipboard()->setText(QStringLiteral("untouched"));
+  view.CopyToClipboard();
+  EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("untouched"));
+  view.Select(2, true);
+  view.CopyToClipboard();
+  EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("deep text"));
+  view.CollapseMethod(1);
+  view.RemoveAllSelections();
+  view.Select(1, true);  // the collapsed method copies whole
+  view.CopyToClipboard();
+  EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("  B>\r\n      deep text  \r\n  B<\r\n"));
+}
+
+}  // namespace
+}  // namespace zentrail::test
