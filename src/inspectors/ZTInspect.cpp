@@ -350,12 +350,13 @@ QToolButton* TZTStockInspector::AddToolButton(const QString& hint, int imageInde
   return button;
 }
 
-void TZTStockInspector::AddToolSpacer() {
+QWidget* TZTStockInspector::AddToolSpacer() {
   auto* line = new QFrame(FToolbar);
   line->setFrameShape(QFrame::VLine);
   line->setFrameShadow(QFrame::Sunken);
   line->setFixedWidth(6);
   FToolbarLayout->addWidget(line);
+  return line;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -119,7 +119,7 @@ class TZTStockInspector : public QFrame {
 
   // A flat tool button in the toolbar; checkable ones toggle, `exclusive` ones form a radio group.
   QToolButton* AddToolButton(const QString& hint, int imageIndex, bool checkable);
-  void AddToolSpacer();
+  QWidget* AddToolSpacer();
 
   // Printing primitives for PrintContents.
   void PrintText(const QString& s);
@@ -208,6 +208,7 @@ class TZTStringInspector : public TZTStockInspector {
   QToolButton* FBtnLineNumbers = nullptr;
   QToolButton* FBtnJumpToEnd = nullptr;
   QToolButton* FBtnCopyValue = nullptr;
+  QWidget* FCopyValueSpacer = nullptr;
 
  protected:
   // Puts UTF-8 text into the view without a detour through QString.

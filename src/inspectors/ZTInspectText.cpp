@@ -90,7 +90,7 @@ void TZTStringInspector::CreateToolbarButtons(QWidget* toolbar) {
   FBtnWordWrap = AddToolButton(QStringLiteral("Word Wrap"), 0, true);
   FBtnLineNumbers = AddToolButton(QStringLiteral("Line Numbers"), 2, true);
   FBtnJumpToEnd = AddToolButton(QStringLiteral("Jump to End on Inspect"), 1, true);
-  AddToolSpacer();
+  FCopyValueSpacer = AddToolSpacer();
   FBtnCopyValue = AddToolButton(QStringLiteral("Copy Value to Clipboard"), 8, false);
 }
 
@@ -259,6 +259,7 @@ void TZTTextInspector::CreateView() {
   SetWordWrap(false);
   FBtnJumpToEnd->show();
   FBtnCopyValue->hide();
+  FCopyValueSpacer->hide();
 }
 
 void TZTTextInspector::InspectMessage() {
@@ -276,6 +277,7 @@ void TZTMonospaceTextInspector::CreateView() {
   FBtnWordWrap->hide();
   FBtnJumpToEnd->hide();
   FBtnCopyValue->hide();
+  FCopyValueSpacer->hide();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -10,12 +10,11 @@
 #include <QDir>
 #include <QImage>
 #include <QPrinter>
-#include <QProcess>
-#include <QStandardPaths>
 #include <QWidget>
 #include <filesystem>
 #include <string>
 
+#include "PdfText.h"
 #include "TestEnvironment.h"
 #include "ZTInspectorIntf.h"
 #include "ZentrailMessageSet.h"
@@ -90,37 +89,11 @@ inline void PreparePdfPrinter(QPrinter& printer, const std::filesystem::path& pd
   printer.setOutputFileName(QString::fromStdString(pdf.string()));
 }
 
-// Text of a PDF by pdftotext with the layout kept; pages are separated by form feeds. Empty with
-// `available` false when the tool is not installed.
-inline std::string PdfText(const std::filesystem::path& pdf, bool& available) {
-  const QString tool = QStandardPaths::findExecutable(QStringLiteral("pdftotext"));
-  available = !tool.isEmpty();
-  if (!available) return {};
-  QProcess p;
-  p.start(tool, {QStringLiteral("-layout"), QString::fromStdString(pdf.string()), QStringLiteral("-")});
-  if (!p.waitForFinished(30000)) return {};
-  return p.readAllStandardOutput().toStdString();
-}
-
-#define ZT_PDF_TEXT(var, pdf)                                                                   \
-  bool var##_available = false;                                                                 \
-  const std::string var = ::zentrail::test::PdfText(pdf, var##_available);                     \
-  if (!var##_available) GTEST_SKIP() << "pdftotext is not installed (package poppler-utils); " \
-                                        "the PDF was written but its text cannot be checked"
-
-inline std::vector<std::string> PdfPages(const std::string& text) {
-  std::vector<std::string> pages;
-  std::string current;
-  for (char c : text) {
-    if (c == '\f') {
-      pages.push_back(current);
-      current.clear();
-    } else {
-      current += c;
-    }
-  }
-  if (!current.empty()) pages.push_back(current);
-  return pages;
+// The text of a PDF the printer wrote, read without any tool outside the project.
+inline TPdfDocument ReadPdf(const std::filesystem::path& pdf) {
+  TPdfDocument doc = ReadPdfText(pdf);
+  EXPECT_EQ(doc.Error, "") << pdf;
+  return doc;
 }
 
 // Saves a grab of the widget for a look by eye; the folder lies in the build tree.
