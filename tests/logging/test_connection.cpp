@@ -138,4 +138,5 @@ TEST(CopyDataConnection, NoDispatcherAnywhereCostsOneQuickAttemptPerLogger) {
   setenv("PATH", savedPath.c_str(), 1);
   RegisterDispatcher(BinaryPath("src/dispatcher/zentrail-dispatcher"));
   EXPECT_TRUE(TZentrailLogger::Installed());
+  RegisterDispatcher("/nonexistent/zentrail-dispatcher");  // no later test starts one by accident
 }
