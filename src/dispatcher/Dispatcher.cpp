@@ -111,6 +111,7 @@ void TQueuedSink::Run() {
     if (FSomeoneWaits.exchange(false)) Wake(FWakeFd);
   }
   Finish();
+  FFinished.store(true);
 }
 
 void TQueuedSink::Stop(int waitMs) {
@@ -123,7 +124,11 @@ void TQueuedSink::Stop(int waitMs) {
   // What is left after the wait is given up, and a delivery that hangs on its peer is cut off.
   FAbandon.store(true);
   FCv.notify_all();
-  Interrupt();
+  // Cut off again until the thread is out: it may have opened a new connection meanwhile.
+  while (!FFinished.load()) {
+    Interrupt();
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
   FThread.join();
 }
 

@@ -66,6 +66,7 @@ class TQueuedSink : public TSink {
   std::atomic<bool> FStopping{false};
   std::atomic<bool> FAbandon{false};
   std::atomic<bool> FSomeoneWaits{false};
+  std::atomic<bool> FFinished{false};
   std::thread FThread;
 };
 

@@ -522,3 +522,16 @@ TEST_F(DispatcherTest, OnlyOneDispatcherRunsWhenSeveralStartAtOnce) {
     }
   }
 }
+
+TEST_F(DispatcherTest, TermEndsTheDispatcherEvenWhileTheViewerHangs) {
+  TFakeFrameServer viewer(viewerSocket);
+  viewer.Stall = true;
+  StartDispatcher();
+  TZentrailLogger log;
+  log.ConnectUsingCopyData();
+  for (int i = 0; i < 5; ++i) ASSERT_EQ(log.Send("queued " + std::to_string(i)), 1);
+  ASSERT_TRUE(WaitUntil([&] { return viewer.Count() >= 1; }));
+  auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(dispatcher.Signal(SIGTERM, 8000), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
