@@ -68,7 +68,7 @@ TEST(Package, InstalledClientBuildsWithCMakeAndPkgConfigAndRuns) {
   fs::create_directories(project);
   WriteFile(project / "main.cpp", kProgram);
   WriteFile(project / "CMakeLists.txt",
-            "cmake_minimum_required(VERSION 3.16)\nproject(user CXX)\nset(CMAKE_CXX_STANDARD 20)\n"
+            "cmake_minimum_required(VERSION 3.16)\nproject(user CXX)\n"
             "find_package(Zentrail REQUIRED)\n"
             "add_executable(user_shared main.cpp)\ntarget_link_libraries(user_shared PRIVATE Zentrail::client)\n"
             "add_executable(user_static main.cpp)\ntarget_link_libraries(user_static PRIVATE Zentrail::client_static)\n");
