@@ -974,8 +974,6 @@ bool TZTMessageView::Find(std::string&, TZTRegEx&, bool&, bool&, bool&) {
   NotAvailable(this, "The Find dialog");
   return false;
 }
-void TZTMessageView::JumpToMsgDlg() { NotAvailable(this, "Jump to message"); }
-void TZTMessageView::EditMessage(int32_t) { NotAvailable(this, "Editing a message"); }
 
 // ---- activation and input ----------------------------------------------------------------------
 

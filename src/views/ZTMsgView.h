@@ -152,7 +152,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   bool SelectCurrentRecord() override;
   void SelectRecord(int32_t row) override;
   void JumpToItem(int32_t row) override;
-  void JumpToMsgDlg() override;  // the dialog comes with the navigation work
+  // Asks for a row number (from 1) and jumps there.
+  void JumpToMsgDlg() override;
   void JumpToMessage(int32_t direction, int32_t msgType, int32_t msgContent) override;
   void JumpToTimeDiff(int32_t direction, int32_t threshold) override;
   void JumpToMsgRecNo(int32_t recNo) override;
@@ -164,7 +165,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void ResetIndentLevel() override;
   void BeginUpdate() override;
   void EndUpdate() override;
-  void EditMessage(int32_t row) override;  // the in-place editor comes with the editing work
+  // The in-place editor over the row (a modal form); separators aren't edited.
+  void EditMessage(int32_t row) override;
   void TraverseCallStack(TZTCallStackList& strings) override;
 
   // ---- IZTMessageView
