@@ -55,8 +55,9 @@ class IZTCustomInspectorSource {
   virtual QWidget* GetInspectorControl(int32_t msgContent) = 0;
 };
 
-// Every modal exchange of the inspectors goes through this one service, so that the shell can route
-// it to the application's prompt service and tests can answer without a dialog.
+// Every modal exchange of the inspectors goes through this service. By default messages go to the
+// viewer's prompt service (ZTPromptService.h) and the print question is a small dialog; the shell
+// may replace the whole service (for its own print dialog), and tests answer without a dialog.
 class IZTInspectorPrompts {
  public:
   virtual ~IZTInspectorPrompts() = default;
@@ -67,7 +68,7 @@ class IZTInspectorPrompts {
                              QPrinter& printer) = 0;
 };
 
-// The service in use; never null. The default shows Qt dialogs.
+// The service in use; never null.
 IZTInspectorPrompts& InspectorPrompts();
 // Replaces the service (nullptr restores the default); the caller keeps ownership.
 void SetInspectorPrompts(IZTInspectorPrompts* prompts);

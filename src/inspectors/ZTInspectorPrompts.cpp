@@ -1,17 +1,17 @@
-// The default prompt service of the inspectors: plain Qt dialogs. The shell replaces it with one
-// routed through the application's prompt service.
+// The default prompts of the inspectors: messages go through the viewer's one prompt service, and
+// the print question is a small dialog of its own that the shell may replace.
 
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 
 #include "ZTInspectorIntf.h"
+#include "ZTPromptService.h"
 
 namespace zentrail {
 
@@ -20,7 +20,7 @@ namespace {
 class TDefaultInspectorPrompts : public IZTInspectorPrompts {
  public:
   void ShowMessage(QWidget* parent, const QString& caption, const QString& text) override {
-    QMessageBox::warning(parent, caption, text);
+    PromptService().ShowMessage(parent, text, TZTPromptKind::Error, caption);
   }
 
   bool ChoosePrinter(QWidget* parent, const QString& caption, QString& title, QPrinter& printer) override {
