@@ -966,9 +966,6 @@ void NotAvailable(QWidget* parent, const char* what) {
 
 }  // namespace
 
-void TZTMessageView::ExportAsXML(const QString&) { NotAvailable(this, "Export as XML"); }
-void TZTMessageView::ExportAsText(const QString&) { NotAvailable(this, "Export as text"); }
-void TZTMessageView::Save(const QString&) { NotAvailable(this, "Saving a view"); }
 void TZTMessageView::Print(const QString&, bool, int32_t, uint16_t) { NotAvailable(this, "Printing"); }
 bool TZTMessageView::Find(std::string&, TZTRegEx&, bool&, bool&, bool&) {
   NotAvailable(this, "The Find dialog");

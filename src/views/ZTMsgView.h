@@ -10,6 +10,7 @@
 
 #include <QString>
 #include <array>
+#include <functional>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -126,8 +127,9 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void ExpandAllMethods(bool fromStart) override;
   void CollapseAllMethods() override;
 
-  // ---- IZTMessageViewExport, IZTMessageViewSave, IZTMessageViewPrint: come with the export and
-  // printing work; until then they tell the user so through the prompt service and change nothing.
+  // ---- IZTMessageViewExport, IZTMessageViewSave: the rows in order, a collapsed method whole.
+  // A file that can't be created raises std::runtime_error with the system's reason. Print comes
+  // with the printing work; until then it tells the user so and changes nothing.
   void ExportAsXML(const QString& fileName) override;
   void ExportAsText(const QString& fileName) override;
   void Save(const QString& fileName) override;
@@ -279,6 +281,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
 
  private:
   IZentrailApplication* App() const;
+  void ForEachWrittenItem(const std::function<void(int32_t item)>& write);
   void SetItemFlag(int32_t item, bool selected);
   bool CollapseAtExitInternal(int32_t row, bool notify);
   void PostDetailsNotice();
