@@ -35,7 +35,12 @@ TZTSignalCloser::TZTSignalCloser(QWidget* window) : QObject(window), FWindow(win
   sigemptyset(&action.sa_mask);
   action.sa_flags = SA_RESTART;
   ::sigaction(SIGTERM, &action, nullptr);
-  ::sigaction(SIGINT, &action, nullptr);
+  // A viewer started in the background of a shell inherits an ignored SIGINT; the terminal's
+  // Ctrl+C is not meant for it then, so that stays as it is.
+  struct sigaction previous {};
+  ::sigaction(SIGINT, nullptr, &previous);
+  FHandlesInterrupt = previous.sa_handler != SIG_IGN;
+  if (FHandlesInterrupt) ::sigaction(SIGINT, &action, nullptr);
 }
 
 TZTSignalCloser::~TZTSignalCloser() {
@@ -44,7 +49,7 @@ TZTSignalCloser::~TZTSignalCloser() {
   action.sa_handler = SIG_DFL;
   sigemptyset(&action.sa_mask);
   ::sigaction(SIGTERM, &action, nullptr);
-  ::sigaction(SIGINT, &action, nullptr);
+  if (FHandlesInterrupt) ::sigaction(SIGINT, &action, nullptr);
   FNotifier->setEnabled(false);
   ::close(SignalPipe[0]);
   ::close(SignalPipe[1]);

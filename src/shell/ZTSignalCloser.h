@@ -25,6 +25,7 @@ class TZTSignalCloser : public QObject {
   void PipeReadable();
   QPointer<QWidget> FWindow;
   QSocketNotifier* FNotifier = nullptr;
+  bool FHandlesInterrupt = false;
 };
 
 }  // namespace zentrail
