@@ -41,6 +41,10 @@ class WindowTest : public ShellFixture {
 };
 
 TEST_F(WindowTest, PaneRulesKeepTheRightColumnExactlyWhileItShowsSomething) {
+  // The window is the application that views ask, for exactly its own lifetime.
+  EXPECT_EQ(ZentrailApplication(), static_cast<IZentrailApplication*>(Viewer.get()));
+  EXPECT_EQ(Viewer->windowTitle(), "Zentrail Live Viewer");
+  EXPECT_EQ(AllMessages().GetName(), "All Messages");
   // A first run shows no inspector, no call stack and no scratch pad.
   EXPECT_FALSE(Shown("splRight"));
   EXPECT_FALSE(Shown("pnlLeftLower"));
@@ -207,6 +211,7 @@ TEST_F(WindowTest, CtrlTabWrapsAcrossViewsAndDropsLoadOneFile) {
   WriteFile(log, "x");
   QString name = QString::fromStdString(log.string());
   Viewer.reset();
+  EXPECT_EQ(ZentrailApplication(), nullptr);
   MessageSet.Close();
   MessageSet.Open();
   auto one = std::make_unique<TViewerWithLoader>(QStringList{name});
