@@ -967,10 +967,6 @@ void NotAvailable(QWidget* parent, const char* what) {
 }  // namespace
 
 void TZTMessageView::Print(const QString&, bool, int32_t, uint16_t) { NotAvailable(this, "Printing"); }
-bool TZTMessageView::Find(std::string&, TZTRegEx&, bool&, bool&, bool&) {
-  NotAvailable(this, "The Find dialog");
-  return false;
-}
 
 // ---- activation and input ----------------------------------------------------------------------
 

@@ -139,8 +139,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void Activated() override;
   void Deactivated() override;
 
-  // ---- IZTMessageViewSearch. Find's dialog comes with the search work; until then it tells the user
-  // so, returns false and changes nothing. FindNext searches.
+  // ---- IZTMessageViewSearch. Find shows the dialog (false on Cancel, nothing changed), then
+  // searches anew; FindNext repeats with the kept arguments.
   bool Find(std::string& text, TZTRegEx& regex, bool& inDetails, bool& fromCursor, bool& forward) override;
   void FindNext(bool newSearch, const std::string& text, bool inDetails, bool fromCursor, bool forward,
                 const TZTRegEx& regex) override;

@@ -1,6 +1,9 @@
 #include "ZTMsgViewForms.h"
 
+#include <QCheckBox>
 #include <QComboBox>
+#include <QGroupBox>
+#include <QRadioButton>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
@@ -202,6 +205,83 @@ void TZTMessageView::JumpToMsgDlg() {
   }
   // The number counts rows of this view from 1; JumpToItem clamps it into the rows.
   JumpToItem(number - 1);
+}
+
+// ---- find --------------------------------------------------------------------------------------
+
+QStringList& FindTextHistory() {
+  static QStringList history;
+  return history;
+}
+
+TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
+  setObjectName(QStringLiteral("frmFind"));
+  setWindowTitle(tr("Find"));
+  auto* layout = new QVBoxLayout(this);
+  auto* label = new QLabel(tr("&Text to find"), this);
+  cbxFindText = new QComboBox(this);
+  cbxFindText->setEditable(true);
+  cbxFindText->setInsertPolicy(QComboBox::NoInsert);
+  cbxFindText->addItems(FindTextHistory());
+  cbxFindText->setMinimumWidth(300);
+  label->setBuddy(cbxFindText);
+  layout->addWidget(label);
+  layout->addWidget(cbxFindText);
+
+  auto* groups = new QHBoxLayout;
+  auto* grpDirection = new QGroupBox(tr("Direction"), this);
+  auto* direction = new QVBoxLayout(grpDirection);
+  optForward = new QRadioButton(tr("&Forward"), grpDirection);
+  optBackward = new QRadioButton(tr("&Backward"), grpDirection);
+  direction->addWidget(optForward);
+  direction->addWidget(optBackward);
+  auto* grpOrigin = new QGroupBox(tr("Origin"), this);
+  auto* origin = new QVBoxLayout(grpOrigin);
+  optFromCursor = new QRadioButton(tr("From &Cursor"), grpOrigin);
+  optEntireScope = new QRadioButton(tr("&Entire Scope"), grpOrigin);
+  origin->addWidget(optFromCursor);
+  origin->addWidget(optEntireScope);
+  groups->addWidget(grpDirection);
+  groups->addWidget(grpOrigin);
+  layout->addLayout(groups);
+  chkFindInDetails = new QCheckBox(tr("Include Message &Details in Search"), this);
+  layout->addWidget(chkFindInDetails);
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addStretch(1);
+  btnOK = new QPushButton(tr("OK"), this);
+  btnOK->setDefault(true);
+  auto* btnCancel = new QPushButton(tr("Cancel"), this);
+  connect(btnOK, &QPushButton::clicked, this, [this] {
+    // The text moves to the top of the list, or is put there.
+    const QString text = cbxFindText->currentText();
+    QStringList& history = FindTextHistory();
+    history.removeAll(text);
+    history.prepend(text);
+    while (history.size() > ztFindHistoryMax) history.removeLast();
+    accept();
+  });
+  connect(btnCancel, &QPushButton::clicked, this, &QDialog::reject);
+  buttons->addWidget(btnOK);
+  buttons->addWidget(btnCancel);
+  layout->addLayout(buttons);
+}
+
+bool TZTMessageView::Find(std::string& text, TZTRegEx& regex, bool& inDetails, bool& fromCursor, bool& forward) {
+  TfrmFind form(this);
+  form.FindText()->setCurrentText(QString::fromStdString(text));
+  (forward ? form.Forward() : form.Backward())->setChecked(true);
+  (fromCursor ? form.FromCursor() : form.EntireScope())->setChecked(true);
+  form.FindInDetails()->setChecked(inDetails);
+  if (form.exec() != QDialog::Accepted) return false;
+  text = form.FindText()->currentText().toStdString();
+  forward = form.Forward()->isChecked();
+  fromCursor = form.FromCursor()->isChecked();
+  inDetails = form.FindInDetails()->isChecked();
+  // A pattern that doesn't compile fails here, after the dialog has closed.
+  regex.Compile(text);
+  FindNext(true, text, inDetails, fromCursor, forward, regex);
+  return true;
 }
 
 }  // namespace zentrail

@@ -4,10 +4,13 @@
 
 #include <QDialog>
 #include <QString>
+#include <QStringList>
 
+class QCheckBox;
 class QComboBox;
 class QPlainTextEdit;
 class QPushButton;
+class QRadioButton;
 
 namespace zentrail {
 
@@ -54,6 +57,36 @@ class TfrmJumpToMsg : public QDialog {
 
  private:
   QComboBox* cbxJumpTo;
+  QPushButton* btnOK;
+};
+
+// The search texts used last, newest first, at most ztFindHistoryMax; shared by the Find dialogs of
+// all views for the run. The shell keeps them in the settings file (section "MRULists", keys
+// "FindText_Count" and "FindText_Item<n>").
+inline constexpr int ztFindHistoryMax = 20;
+QStringList& FindTextHistory();
+
+// "Find": the text (a case-insensitive pattern), the direction, the origin and whether Details
+// count too.
+class TfrmFind : public QDialog {
+  Q_OBJECT
+ public:
+  explicit TfrmFind(QWidget* parent);
+  QComboBox* FindText() const { return cbxFindText; }
+  QRadioButton* Forward() const { return optForward; }
+  QRadioButton* Backward() const { return optBackward; }
+  QRadioButton* FromCursor() const { return optFromCursor; }
+  QRadioButton* EntireScope() const { return optEntireScope; }
+  QCheckBox* FindInDetails() const { return chkFindInDetails; }
+  QPushButton* OkButton() const { return btnOK; }
+
+ private:
+  QComboBox* cbxFindText;
+  QRadioButton* optForward;
+  QRadioButton* optBackward;
+  QRadioButton* optFromCursor;
+  QRadioButton* optEntireScope;
+  QCheckBox* chkFindInDetails;
   QPushButton* btnOK;
 };
 

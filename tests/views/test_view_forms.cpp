@@ -1,7 +1,9 @@
 // The view's small modal forms, driven from inside their own event loop.
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QRadioButton>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -117,6 +119,65 @@ TEST_F(ViewForms, JumpDialogTakesDigitsOnlyAndCountsRowsFromOne) {
   ASSERT_EQ(prompts.Prompts.size(), 1u);
   EXPECT_EQ(prompts.Prompts.front().Text, QStringLiteral("'99999999999' is not a valid integer value."));
   EXPECT_EQ(view.GetFocusedMsgIndex(), 19);
+}
+
+TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
+  TZTRecordingPromptService prompts;
+  TZTPromptServiceGuard guard(&prompts);
+  FindTextHistory().clear();
+  TZTMessageView view;
+  view.resize(400, 200);
+  view.show();
+  for (int i = 0; i < 10; ++i) Store(ztmInfo, "order " + std::to_string(i), {&view});
+  view.SetFocusedMsgIndex(6);
+
+  std::string text = "old";
+  TZTRegEx regex;
+  bool inDetails = true, fromCursor = false, forward = true;
+  {
+    TModalDriver<TfrmFind> driver([](TfrmFind& form) {
+      EXPECT_EQ(form.FindText()->currentText(), QStringLiteral("old"));
+      EXPECT_TRUE(form.Forward()->isChecked());
+      EXPECT_TRUE(form.EntireScope()->isChecked());
+      EXPECT_TRUE(form.FindInDetails()->isChecked());
+      form.FindText()->setCurrentText(QStringLiteral("ORDER [2-4]"));
+      form.Backward()->setChecked(true);
+      form.FromCursor()->setChecked(true);
+      form.OkButton()->click();
+    });
+    EXPECT_TRUE(view.Find(text, regex, inDetails, fromCursor, forward));
+    EXPECT_EQ(driver.Runs, 1);
+  }
+  EXPECT_EQ(text, "ORDER [2-4]");
+  EXPECT_FALSE(forward);
+  EXPECT_TRUE(fromCursor);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 4);  // backward from the cursor, case ignored
+  view.FindNext(false, text, inDetails, fromCursor, forward, regex);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
+  EXPECT_EQ(FindTextHistory(), QStringList{QStringLiteral("ORDER [2-4]")});
+
+  // Cancel changes nothing.
+  {
+    TModalDriver<TfrmFind> driver([](TfrmFind& form) {
+      EXPECT_EQ(form.FindText()->count(), 1);
+      form.FindText()->setCurrentText(QStringLiteral("other"));
+      form.reject();
+    });
+    EXPECT_FALSE(view.Find(text, regex, inDetails, fromCursor, forward));
+  }
+  EXPECT_EQ(text, "ORDER [2-4]");
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
+
+  // A pattern that can't compile fails after the dialog closed.
+  {
+    TModalDriver<TfrmFind> driver([](TfrmFind& form) {
+      form.FindText()->setCurrentText(QStringLiteral("(unclosed"));
+      form.OkButton()->click();
+    });
+    EXPECT_THROW(view.Find(text, regex, inDetails, fromCursor, forward), EZTRegExError);
+  }
+  EXPECT_EQ(FindTextHistory().front(), QStringLiteral("(unclosed"));
+  EXPECT_EQ(FindTextHistory().size(), 2);
 }
 
 }  // namespace
