@@ -521,6 +521,12 @@ void TFrmViewer::CreateLayout() {
   inspectorBody->setObjectName(QStringLiteral("pnlInspectorBody"));
   inspectorBody->setAutoFillBackground(true);
   inspectorBody->setBackgroundRole(QPalette::Base);
+  auto* inspectorBodyLayout = new QVBoxLayout(inspectorBody);
+  auto* inspectorHint = new QLabel(QStringLiteral("Select a message to see its data here."), inspectorBody);
+  inspectorHint->setObjectName(QStringLiteral("lblInspectorHint"));
+  inspectorHint->setAlignment(Qt::AlignCenter);
+  inspectorHint->setForegroundRole(QPalette::PlaceholderText);
+  inspectorBodyLayout->addWidget(inspectorHint);
   inspector->addWidget(inspectorBody, 1);
   rightUpper->addWidget(pnlInspector);
 
