@@ -217,12 +217,17 @@ void TZTInspectorPane::ShowCustomPanel(int selectedCount, std::span<const int32_
   const int32_t content = MessageSet.GetMsgContent();
   if (selectedCount == 2 && selectedRecNos.size() >= 2) {
     const int32_t here = MessageSet.RecNo;
-    MessageSet.GotoRec(selectedRecNos[0]);
-    const int32_t first = MessageSet.GetMsgContent();
-    MessageSet.GotoRec(selectedRecNos[1]);
-    const int32_t second = MessageSet.GetMsgContent();
+    bool same = false;
+    try {
+      MessageSet.GotoRec(selectedRecNos[0]);
+      const int32_t first = MessageSet.GetMsgContent();
+      MessageSet.GotoRec(selectedRecNos[1]);
+      same = first == MessageSet.GetMsgContent();
+    } catch (const std::exception&) {
+      same = false;  // a record that is gone: nothing to compare, so nothing to show
+    }
     if (here > 0) MessageSet.GotoRec(here);
-    if (first != second) return;
+    if (!same) return;
   }
   QWidget* control = FCustomSource ? FCustomSource->GetInspectorControl(content) : NotFoundControl(content);
   if (!control) control = NotFoundControl(content);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QLabel>
+#include <QPainter>
 #include <QPlainTextEdit>
 #include <QToolButton>
 #include <array>
@@ -154,6 +155,44 @@ TEST(InspectorPane, PluginControlsTakeTheirContentAndPairs) {
 
   // Three selected: no plug-in can take it, so the stock panel shows.
   EXPECT_EQ(pane.ShowCurrentMessage(3), Pane::pnText);
+  pane.SetCustomInspectorSource(nullptr);
+}
+
+// A plug-in control that prints itself.
+class TPrintingPluginControl : public QLabel, public IInspectorSingleMessage, public IInspectorPrintContents {
+ public:
+  void InspectMessage() override { setText(QStringLiteral("plug-in view")); }
+  void GetPrintTitle(QString& title) override { title = QStringLiteral("Plug-in title"); }
+  void Print(const QString& title, QPrinter& printer) override {
+    QPainter painter(&printer);
+    painter.drawText(QPoint(600, 600), title + QStringLiteral(": printed by the plug-in"));
+  }
+};
+
+class TPrintingSource : public IZTCustomInspectorSource {
+ public:
+  bool CanHandleMsgContent(int count, int32_t content) override { return count == 1 && content == ztmUser + 7; }
+  QWidget* GetInspectorControl(int32_t) override { return Control; }
+  TPrintingPluginControl* Control = new TPrintingPluginControl;
+};
+
+TEST(InspectorPane, PluginControlPrintsWithItsOwnTitle) {
+  Pane pane;
+  TPrintingSource source;
+  pane.SetCustomInspectorSource(&source);
+  test::PutMessage(ztmUser + 7, "", "", "custom data");
+  ASSERT_EQ(pane.ShowCurrentMessage(1), Pane::pnCustom);
+  EXPECT_FALSE(pane.CanCopyContents());
+  ASSERT_TRUE(pane.CanPrintContents());
+  const auto pdf = test::MakeTempDir("plugin-print") / "plugin.pdf";
+  test::TPdfPrompts prompts(pdf);
+  test::TScopedPrompts scoped(&prompts);
+  EXPECT_TRUE(pane.PrintInspectorContents(QStringLiteral("custom data (Details)")));
+  EXPECT_EQ(prompts.ProposedTitle, "Plug-in title");
+  const test::TPdfDocument doc = test::ReadPdf(pdf);
+  ASSERT_EQ(doc.Pages.size(), 1u);
+  ASSERT_EQ(doc.Pages[0].Lines.size(), 1u);
+  EXPECT_EQ(doc.Pages[0].Lines[0].Text(), "Plug-in title: printed by the plug-in");
   pane.SetCustomInspectorSource(nullptr);
 }
 
