@@ -170,6 +170,12 @@ TEST(TreeInspectors, XmlShowsRenderingTreeAndAttributes) {
   x->FBtnSyntax->click();
   EXPECT_EQ(view->CurrentPage(), 0);
   EXPECT_EQ(x->GetViewType(), 0);
+  // On the syntax page the tags fold: collapsing hides the lines inside <config>.
+  x->CollapseAll();
+  EXPECT_FALSE(view->SyntaxView()->SendScintilla(QsciScintilla::SCI_GETLINEVISIBLE, 2UL));
+  EXPECT_TRUE(view->SyntaxView()->SendScintilla(QsciScintilla::SCI_GETLINEVISIBLE, 1UL));
+  x->ExpandAll();
+  EXPECT_TRUE(view->SyntaxView()->SendScintilla(QsciScintilla::SCI_GETLINEVISIBLE, 2UL));
 
   // Copy: the selection on the syntax page, else the whole rendering.
   view->SyntaxView()->setSelection(1, 0, 1, 7);
