@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <poll.h>
+#include <sys/wait.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -172,4 +174,52 @@ TEST(ChannelServer, SeveralFramesInOneWriteAreAllAnswered) {
 
   server.Close();
   EXPECT_FALSE(std::filesystem::exists(path)) << "the socket file goes with the server";
+}
+
+TEST(ChannelServer, PeersOfAnotherUserAreClosedUnanswered) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root to connect as another user";
+  TRecordingTarget target;
+  TZTChannelServer server(target);
+  // A folder and socket that the other user may reach, so that only the peer check stands between.
+  std::filesystem::path dir = MakeTempDir("shared");
+  std::filesystem::permissions(dir, std::filesystem::perms::all, std::filesystem::perm_options::replace);
+  for (auto p = dir.parent_path(); p != p.root_path(); p = p.parent_path())
+    std::filesystem::permissions(p, std::filesystem::perms::others_exec, std::filesystem::perm_options::add);
+  std::string path = (dir / "viewer").string();
+  std::string error;
+  ASSERT_TRUE(server.Listen(path, error)) << error;
+  std::filesystem::permissions(path, std::filesystem::perms::all, std::filesystem::perm_options::replace);
+
+  int result[2];
+  ASSERT_EQ(::pipe(result), 0);
+  pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    // nobody: connect, send one frame, report the reply (or -1 for a closed connection).
+    char code = 'e';
+    if (::setgid(65534) == 0 && ::setuid(65534) == 0) {
+      std::string err;
+      int fd = ConnectUnixSocket(path, err);
+      if (fd < 0) {
+        code = 'c';
+      } else {
+        int reply = SendFrameAndWaitReply(fd, 0x7F000004, "from another user", err);
+        code = reply < 0 ? 'x' : static_cast<char>('0' + reply);
+      }
+    }
+    [[maybe_unused]] ssize_t n = ::write(result[1], &code, 1);
+    _exit(0);
+  }
+  ::close(result[1]);
+  char code = 0;
+  // The child blocks until the server has looked at it; keep the loop running meanwhile.
+  ASSERT_TRUE(SpinUntil([&] {
+    pollfd p{result[0], POLLIN, 0};
+    return ::poll(&p, 1, 0) == 1;
+  }));
+  ASSERT_EQ(::read(result[0], &code, 1), 1);
+  ::close(result[0]);
+  ::waitpid(child, nullptr, 0);
+  EXPECT_EQ(code, 'x') << "closed without an answer";
+  EXPECT_TRUE(target.Frames.empty());
 }
