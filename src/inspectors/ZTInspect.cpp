@@ -18,12 +18,12 @@ namespace zentrail {
 // ---------------------------------------------------------------------------------------------
 // Glyphs
 
-QIcon TZTImageList::Icon(int index) const {
+QIcon TZTInspectorImageList::Icon(int index) const {
   if (index < 0 || index >= FIcons.size()) return {};
   return FIcons.at(index);
 }
 
-void TZTImageList::SetIcons(QList<QIcon> icons) {
+void TZTInspectorImageList::SetIcons(QList<QIcon> icons) {
   FIcons = std::move(icons);
   emit Changed();
 }
@@ -163,8 +163,8 @@ void GlyphSyntax(QPainter& p) {
 
 }  // namespace
 
-TZTImageList* TZTImageList::CreateDefault(QObject* parent) {
-  auto* list = new TZTImageList(parent);
+TZTInspectorImageList* TZTInspectorImageList::CreateDefault(QObject* parent) {
+  auto* list = new TZTInspectorImageList(parent);
   const GlyphPainter glyphs[] = {GlyphWordWrap,    GlyphJumpToEnd, GlyphLineNumbers, GlyphScale,
                                  GlyphFullSize,    GlyphStretch,   GlyphCollapseAll, GlyphExpandAll,
                                  GlyphCopyValue,   GlyphStructure, GlyphSyntax};
@@ -299,13 +299,13 @@ void TZTStockInspector::SetHeaderFont(const QFont& font, int height) {
   if (FFooter) FFooter->setFixedHeight(height + 6);
 }
 
-void TZTStockInspector::SetImages(TZTImageList* images) {
+void TZTStockInspector::SetImages(TZTInspectorImageList* images) {
   if (FImagesChangeLink) disconnect(FImagesChangeLink);
   if (FImagesFreeLink) disconnect(FImagesFreeLink);
   FImages = images;
   if (images) {
     UpdateImages();
-    FImagesChangeLink = connect(images, &TZTImageList::Changed, this, [this] {
+    FImagesChangeLink = connect(images, &TZTInspectorImageList::Changed, this, [this] {
       UpdateImages();
       update();
     });

@@ -39,15 +39,15 @@ class TZTPictureBox;
 // The glyphs of the inspector buttons (imlInspectorImages). Indexes: 0 word wrap, 1 jump to end,
 // 2 line numbers, 3 scale, 4 full size, 5 stretch, 6 collapse all, 7 expand all, 8 copy value,
 // 9 structure view, 10 syntax view.
-class TZTImageList : public QObject {
+class TZTInspectorImageList : public QObject {
   Q_OBJECT
  public:
-  explicit TZTImageList(QObject* parent = nullptr) : QObject(parent) {}
+  explicit TZTInspectorImageList(QObject* parent = nullptr) : QObject(parent) {}
   int Count() const { return static_cast<int>(FIcons.size()); }
   QIcon Icon(int index) const;
   void SetIcons(QList<QIcon> icons);
   // The glyphs drawn for this project.
-  static TZTImageList* CreateDefault(QObject* parent);
+  static TZTInspectorImageList* CreateDefault(QObject* parent);
  signals:
   void Changed();
 
@@ -88,7 +88,7 @@ class TZTStockInspector : public QFrame {
   virtual void InspectMessage() {}
   virtual void SetHighlightColors(const QColor& color, const QColor& fontColor);
   virtual void SetHeaderFont(const QFont& font, int height);
-  virtual void SetImages(TZTImageList* images);
+  virtual void SetImages(TZTInspectorImageList* images);
   virtual void SetViewFont(const QFont& font) { (void)font; }
   virtual void SetPopupMenu(QMenu* menu) { (void)menu; }
   virtual void CopyToClipboard() {}
@@ -147,7 +147,7 @@ class TZTStockInspector : public QFrame {
   QPointer<QWidget> FToolbar;
   QLabel* FHeader = nullptr;
   QLabel* FFooter = nullptr;
-  QPointer<TZTImageList> FImages;
+  QPointer<TZTInspectorImageList> FImages;
   QMetaObject::Connection FImagesChangeLink;
   QMetaObject::Connection FImagesFreeLink;
   QColor FHighlightColor;

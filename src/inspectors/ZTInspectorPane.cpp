@@ -89,7 +89,7 @@ TZTInspectorPane::TZTInspectorPane(QWidget* parent) : QWidget(parent) {
   FNotFoundMemo->hide();
   area->addWidget(FNotFoundMemo, 1);
 
-  SetImages(TZTImageList::CreateDefault(this));
+  SetImages(TZTInspectorImageList::CreateDefault(this));
   const QFont ui = InspectorInterfaceFont();
   SetHeaderFont(ui, QFontMetrics(ui).height());
   SetInspectorFont(ui);
@@ -334,7 +334,7 @@ void TZTInspectorPane::SetValueColor(const QColor& color) {
   FCollectionInspector->SetValueColor(color);
 }
 
-void TZTInspectorPane::SetImages(TZTImageList* images) {
+void TZTInspectorPane::SetImages(TZTInspectorImageList* images) {
   FImages = images;
   for (int panel = pnString; panel <= pnXmlData; ++panel) {
     if (panel == pnTable || panel == pnColor) continue;

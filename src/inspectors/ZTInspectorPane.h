@@ -93,8 +93,8 @@ class TZTInspectorPane : public QWidget {
   void SetInspectorFont(const QFont& font);
   void SetInspectorFixedFont(const QFont& font);
   void SetValueColor(const QColor& color);
-  void SetImages(TZTImageList* images);
-  TZTImageList* Images() const { return FImages; }
+  void SetImages(TZTInspectorImageList* images);
+  TZTInspectorImageList* Images() const { return FImages; }
 
   TZTInspectorDisplaySettings GetDisplaySettings() const;
   void SetDisplaySettings(const TZTInspectorDisplaySettings& settings);
@@ -137,7 +137,7 @@ class TZTInspectorPane : public QWidget {
   QWidget* FToolbarsSlot = nullptr;
   QWidget* FStandardButtons = nullptr;
   QWidget* FInspectorArea = nullptr;
-  QPointer<TZTImageList> FImages;
+  QPointer<TZTInspectorImageList> FImages;
   IZTCustomInspectorSource* FCustomSource = nullptr;
   QPointer<QWidget> FCustomControl;
   QPlainTextEdit* FNotFoundMemo = nullptr;
