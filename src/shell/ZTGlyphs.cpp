@@ -128,6 +128,26 @@ void Draw(QPainter& p, const char* name) {
     p.drawRect(QRectF(1.5, 5.5, 9, 8));
     p.setBrush(kAccent.lighter(140));
     p.drawRect(QRectF(5.5, 1.5, 9, 8));
+  } else if (is("print")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(4.5, 1.5, 7, 5));
+    p.setBrush(QColor(0xc9, 0xd3, 0xe2));
+    p.drawRoundedRect(QRectF(1.5, 6.5, 13, 6), 1.5, 1.5);
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(4.5, 10.5, 7, 4));
+    p.fillRect(QRectF(11.5, 8, 1.5, 1.5), kAccent);
+  } else if (is("onbottom")) {
+    Window(p, QRectF(1.5, 1.5, 13, 13));
+    p.setPen(QPen(kInk, 1));
+    p.drawLine(QPointF(1.5, 9.5), QPointF(14.5, 9.5));
+    p.fillRect(QRectF(2, 10, 12, 4), kAccent.lighter(150));
+  } else if (is("fullsize")) {
+    Window(p, QRectF(1.5, 1.5, 13, 13));
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(4.5, 11.5), QPointF(11.5, 4.5));
+    p.drawLine(QPointF(8, 4.5), QPointF(11.5, 4.5));
+    p.drawLine(QPointF(11.5, 4.5), QPointF(11.5, 8));
   } else if (is("about")) {
     p.setPen(QPen(kAccent, 1.5));
     p.setBrush(kPaper);

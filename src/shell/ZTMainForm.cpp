@@ -1,5 +1,7 @@
 #include "ZTMainForm.h"
 
+#include "ZTInspectorPane.h"
+
 #include <QAction>
 #include <QApplication>
 #include <QBoxLayout>
@@ -29,6 +31,9 @@
 #include <QThread>
 #include <QTimer>
 #include <QToolBar>
+#include <QToolButton>
+#include <array>
+#include <span>
 #include <QToolButton>
 #include <QUrl>
 #include <stdexcept>
@@ -291,6 +296,12 @@ void TFrmViewer::CreateCommands() {
     UpdateCommandStates();
   });
 
+  add("actCopyInspectorContents", "Copy Inspector Contents", "Copy Inspector Pane Contents to Clipboard",
+      QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_C), "copy", [this] {
+        if (FInspectorPane) FInspectorPane->CopyInspectorContents();
+      });
+  add("actPrintInspectorContents", "Print Inspector Contents...", "Print Inspector Pane Contents",
+      QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_P), "print", [this] { PrintInspectorContents(); });
   add("actViewDetailPanel", "Message &Detail Panel", "Show/Hide Message Detail Panel", {}, "detailpanel",
       [this] { SetDetailPanelVisible(!FDetailPanelVisible); }, true);
   add("actViewInspector", "&Inspector", "Show/Hide Inspector Pane", QKeySequence(Qt::Key_F11), "inspector", [this] {
@@ -298,8 +309,8 @@ void TFrmViewer::CreateCommands() {
     UpdateMessageDetails();
   }, true);
   add("actFullSizeInspector", "&Full Size Inspector", "Resize Inspector Pane to occupy the full size of the Viewer",
-      QKeySequence(Qt::CTRL | Qt::Key_F11), nullptr, [this] { SetFullSizeInspector(!FFullSizeInspector); }, true);
-  add("actInspectorOnBottom", "Inspector on &Bottom", "Position Inspector Pane Below Message List", {}, nullptr,
+      QKeySequence(Qt::CTRL | Qt::Key_F11), "fullsize", [this] { SetFullSizeInspector(!FFullSizeInspector); }, true);
+  add("actInspectorOnBottom", "Inspector on &Bottom", "Position Inspector Pane Below Message List", {}, "onbottom",
       [this] { SetInspectorOnBottom(!FInspectorOnBottom); }, true);
   add("actViewScratchPad", "&Scratch Pad", "Show/Hide Scratch Pad", QKeySequence(Qt::Key_F12), "scratchpad",
       [this] { SetPaneVisible(TZTPane::ScratchPad, !FScratchPadVisible); }, true);
@@ -375,8 +386,8 @@ void TFrmViewer::CreateMenus() {
       }
     }
   };
-  addAll(bar->addMenu(QStringLiteral("&File")), {"actExit"});
-  addAll(bar->addMenu(QStringLiteral("&Edit")), {"actCopyMessageText", "-", "actAddSeparator", "actAddResetSeparator",
+  addAll(bar->addMenu(QStringLiteral("&File")), {"actPrintInspectorContents", "-", "actExit"});
+  addAll(bar->addMenu(QStringLiteral("&Edit")), {"actCopyMessageText", "actCopyInspectorContents", "-", "actAddSeparator", "actAddResetSeparator",
                                                  "-", "actClear", "actClearAll", "-", "actSelectAll"});
   QMenu* view = bar->addMenu(QStringLiteral("&View"));
   addAll(view, {"actViewDetailPanel", "actViewInspector", "actFullSizeInspector", "actInspectorOnBottom", "-",
@@ -507,27 +518,26 @@ void TFrmViewer::CreateLayout() {
   auto* rightUpper = new QVBoxLayout(pnlRightUpper);
   rightUpper->setContentsMargins(0, 0, 0, 0);
 
-  // The inspector pane: its header strip and a body that the inspector panels fill.
-  pnlInspector = new QFrame(pnlRightUpper);
-  pnlInspector->setObjectName(QStringLiteral("pnlInspector"));
-  static_cast<QFrame*>(pnlInspector)->setFrameShape(QFrame::StyledPanel);
-  auto* inspector = new QVBoxLayout(pnlInspector);
-  inspector->setContentsMargins(0, 0, 0, 0);
-  inspector->setSpacing(0);
-  auto* inspectorHeader = MakeHeader(QStringLiteral("Inspector"), pnlInspector);
-  inspectorHeader->setObjectName(QStringLiteral("pnlInspectorToolbar"));
-  inspector->addWidget(inspectorHeader);
-  auto* inspectorBody = new QWidget(pnlInspector);
-  inspectorBody->setObjectName(QStringLiteral("pnlInspectorBody"));
-  inspectorBody->setAutoFillBackground(true);
-  inspectorBody->setBackgroundRole(QPalette::Base);
-  auto* inspectorBodyLayout = new QVBoxLayout(inspectorBody);
-  auto* inspectorHint = new QLabel(QStringLiteral("Select a message to see its data here."), inspectorBody);
-  inspectorHint->setObjectName(QStringLiteral("lblInspectorHint"));
-  inspectorHint->setAlignment(Qt::AlignCenter);
-  inspectorHint->setForegroundRole(QPalette::PlaceholderText);
-  inspectorBodyLayout->addWidget(inspectorHint);
-  inspector->addWidget(inspectorBody, 1);
+  // The inspector pane: its toolbar strip on top, the stock inspectors below, and on the right of
+  // the strip the four buttons that belong to the main window.
+  FInspectorPane = new TZTInspectorPane(pnlRightUpper);
+  pnlInspector = FInspectorPane;
+  if (QHBoxLayout* buttons = qobject_cast<QHBoxLayout*>(FInspectorPane->StandardButtonsPanel()->layout())) {
+    auto button = [&](const char* name, const char* action) {
+      auto* b = new QToolButton(FInspectorPane->StandardButtonsPanel());
+      b->setObjectName(QString::fromLatin1(name));
+      b->setAutoRaise(true);
+      b->setDefaultAction(Action(QString::fromLatin1(action)));
+      b->setToolButtonStyle(Qt::ToolButtonIconOnly);
+      buttons->addWidget(b);
+    };
+    button("btnCopyInspectorContents", "actCopyInspectorContents");
+    button("btnPrintInspectorContents", "actPrintInspectorContents");
+    button("btnInspectorOnBottom", "actInspectorOnBottom");
+    button("btnFullSizeInspector", "actFullSizeInspector");
+  }
+  FInspectorPane->SetInspectorFont(FInspectorFont);
+  FInspectorPane->SetInspectorFixedFont(FInspectorFixedFont);
   rightUpper->addWidget(pnlInspector);
 
   // The scratch pad: its grid and, beside or above it, its toolbar.
@@ -946,7 +956,30 @@ void TFrmViewer::PositionWindow(int tag) {
 // Details, call stack, status
 
 void TFrmViewer::HideInspectors() {
-  // The inspector panels fill pnlInspector once they are built; until then there is nothing shown.
+  if (FInspectorPane) FInspectorPane->HideAllInspectors();
+}
+
+// The inspector that fits the focused message, and for two selected messages the pair that a plug-in
+// may compare. The store stands on the focused record when this is called.
+void TFrmViewer::ShowInspector() {
+  if (!FInspectorPane) return;
+  IZTMessageView* view = ActiveView();
+  const int32_t selected = view ? view->GetSelCount() : 0;
+  std::array<int32_t, 2> pair{0, 0};
+  std::span<const int32_t> recNos;
+  if (selected == 2 && view) {
+    int32_t first = -1, last = -1;
+    view->GetFirstLastSelections(first, last);
+    if (first >= 0 && last >= 0) {
+      pair = {view->GetMsgRecNo(first), view->GetMsgRecNo(last)};
+      recNos = pair;
+    }
+  }
+  const int32_t focusedRecNo = MessageSet.RecNo;
+  const int panel = FInspectorPane->ShowCurrentMessage(selected, recNos, FInspectorVisible);
+  if (MessageSet.RecNo != focusedRecNo && focusedRecNo > 0) MessageSet.GotoRec(focusedRecNo);
+  // A separator has no data to inspect and no place in a call.
+  if (panel == 0) ClearCallStack();
 }
 
 void TFrmViewer::ClearDetails() { pnlMsgDetails->Clear(); }
@@ -999,6 +1032,7 @@ void TFrmViewer::UpdateMessageDetails() {
   pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
   pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
   RefreshCallStack(view);
+  ShowInspector();
   UpdateCommandStates();
 }
 
@@ -1068,6 +1102,9 @@ void TFrmViewer::UpdateCommandStates() {
     if (QAction* a = Action(QString::fromLatin1(name))) a->setChecked(checked);
   };
   set("actCopyMessageText", hasSelection);
+  set("actCopyInspectorContents", hasFocus && FInspectorVisible && FInspectorPane && FInspectorPane->CanCopyContents());
+  set("actPrintInspectorContents",
+      hasFocus && FInspectorVisible && FInspectorPane && FInspectorPane->CanPrintContents());
   set("actClear", hasRows);
   set("actSelectAll", hasRows && FActiveList);
 
@@ -1293,6 +1330,18 @@ void TFrmViewer::SaveSettings() {
   ini.WriteBool(general, QStringLiteral("InsertSeparatorOnWakeUp"), InsertSeparatorOnWakeUp);
   ini.WriteInteger(general, QStringLiteral("IdleTime"), IdleTime);
   ini.WriteBool(general, QStringLiteral("InsertSeparatorOnAppStart"), InsertSeparatorOnAppStart);
+}
+
+}  // namespace zentrail
+
+namespace zentrail {
+
+void TFrmViewer::PrintInspectorContents() {
+  if (!FInspectorPane) return;
+  const int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
+  std::string_view text;
+  if (focused >= 0 && FActiveList->SelectCurrentRecord()) text = MessageSet.GetMsgText();
+  FInspectorPane->PrintInspectorContents(TZTInspectorPane::ProposedPrintTitle(focused >= 0, text));
 }
 
 }  // namespace zentrail

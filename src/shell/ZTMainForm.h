@@ -39,6 +39,7 @@ namespace zentrail {
 
 class TZTSoundPlayer;
 class TZTDetailPanel;
+class TZTInspectorPane;
 
 // The custom view classes by key. The plug-in manager keeps this list once it exists; until then
 // the shell registers its own view class here at start.
@@ -133,6 +134,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QTableWidget* ScratchPadGrid() const { return grdScratchPad; }
   QListWidget* CallStackList() const { return lstCallStack; }
   QAction* Action(const QString& name) const;
+  TZTInspectorPane* InspectorPane() const { return FInspectorPane; }
   int WakeUpSoundsPlayed() const { return FWakeUpSounds; }
   QString StatusText(const QString& paneName) const;
   QWidget* PaneWidget(const QString& name) const;
@@ -202,6 +204,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void ClearDetails();
   void ClearCallStack();
   void HideInspectors();
+  void ShowInspector();
+  void PrintInspectorContents();
   void UpdateStatusCounts();
   void RefreshCallStack(IZTMessageView* view);
   void ApplyChromeColours();
@@ -293,6 +297,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QWidget* pnlLeftLower = nullptr;   // holder of splLeft's lower pane
   QWidget* pnlRightUpper = nullptr;  // holder of splRight's upper pane
   QWidget* pnlInspector = nullptr;
+  TZTInspectorPane* FInspectorPane = nullptr;
   QWidget* pnlScratchPad = nullptr;  // grid and its toolbar
   QBoxLayout* FScratchPadLayout = nullptr;
   QTableWidget* grdScratchPad = nullptr;

@@ -2,6 +2,7 @@
 // what it looks like with a real load of messages.
 #include <QAction>
 #include <QApplication>
+#include <QClipboard>
 #include <QDir>
 #include <QKeyEvent>
 #include <QLabel>
@@ -13,6 +14,7 @@
 #include <set>
 
 #include "ShellFixture.h"
+#include "ZTInspectorPane.h"
 #include "TestEnvironment.h"
 
 using namespace zentrail;
@@ -310,4 +312,49 @@ TEST_F(WindowTest, ScreenshotWithNestedMethodsCollapsedMethodAndSeparators) {
   SpinUntil([] { return false; }, 200);
   QImage bottom = Viewer->grab().toImage();
   if (!dir.isEmpty()) bottom.save(QDir(QString::fromUtf8(dir)).filePath("main-window-bottom.png"));
+}
+
+TEST_F(WindowTest, TheInspectorFollowsTheFocusedMessage) {
+  TZentrailMessage table = MakeMessage(ztmInfo, "Open orders");
+  table.MsgContent = ztmCustomTable;
+  table.Details = "Order\tCustomer\r\nA-1\tChen Li\r\nA-2\tEva Novak\r\n";
+  Viewer->ProcessMessage(table);
+  TZentrailMessage xml = MakeMessage(ztmInfo, "Deployment");
+  xml.MsgContent = ztmXmlData;
+  xml.Details = "<deployment><service id=\"svc1\" port=\"8001\"/></deployment>";
+  Viewer->ProcessMessage(xml);
+  Viewer->ProcessMessage(MakeMessage(ztmInfo, "plain text"));
+  TZentrailMessage custom = MakeMessage(ztmInfo, "Custom payload");
+  custom.MsgContent = ztmUser + 5;
+  Viewer->ProcessMessage(custom);
+
+  Viewer->resize(1100, 720);
+  Viewer->show();
+  Viewer->SetPaneVisible(TZTPane::Inspector, true);
+  auto* list = dynamic_cast<IZTMessageViewList*>(&AllMessages());
+  TZTInspectorPane* pane = Viewer->InspectorPane();
+  ASSERT_NE(pane, nullptr);
+  auto focus = [&](int row) {
+    list->SetFocusedMsgIndex(row);
+    Viewer->UpdateMessageDetails();
+    return pane->CurrentPanel();
+  };
+  EXPECT_EQ(focus(0), TZTInspectorPane::pnTable);
+  EXPECT_TRUE(Enabled("actCopyInspectorContents"));
+  Viewer->Action(QStringLiteral("actCopyInspectorContents"))->trigger();
+  const QString copied = QApplication::clipboard()->text();
+  EXPECT_TRUE(copied.contains(QStringLiteral("Chen Li"))) << copied.toStdString();
+  EXPECT_TRUE(copied.contains(QStringLiteral("A-2"))) << copied.toStdString();
+
+  EXPECT_EQ(focus(1), TZTInspectorPane::pnXmlData);
+  EXPECT_EQ(focus(2), TZTInspectorPane::pnString);
+  // A custom content with no plug-in says so in the pane instead of failing.
+  EXPECT_EQ(focus(3), TZTInspectorPane::pnCustom);
+
+  focus(0);
+  SpinUntil([] { return false; }, 200);
+  QByteArray dir = qgetenv("ZENTRAIL_SCREENSHOT_DIR");
+  QImage shot = Viewer->grab().toImage();
+  ASSERT_FALSE(shot.isNull());
+  if (!dir.isEmpty()) shot.save(QDir(QString::fromUtf8(dir)).filePath("main-window-inspector.png"));
 }
