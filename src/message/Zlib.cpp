@@ -37,7 +37,7 @@ void ZlibInflateInto(std::string_view compressed, std::string& out, std::size_t 
       if (out.size() > maxSize) {
         inflateEnd(&zs);
         out.clear();
-        throw EZentrailZlibError("zlib: the data inflates beyond the size limit");
+        throw EZentrailZlibSizeError("zlib: the data inflates beyond the size limit");
       }
       std::size_t next = out.size() * 2;
       if (next > maxSize + 1) next = maxSize + 1;
@@ -47,7 +47,7 @@ void ZlibInflateInto(std::string_view compressed, std::string& out, std::size_t 
   inflateEnd(&zs);
   if (produced > maxSize) {
     out.clear();
-    throw EZentrailZlibError("zlib: the data inflates beyond the size limit");
+    throw EZentrailZlibSizeError("zlib: the data inflates beyond the size limit");
   }
   out.resize(produced);
 }

@@ -11,6 +11,13 @@ class EZentrailZlibError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The data is good as far as it goes but inflates beyond the bound; a channel closes the sender's
+// connection for this, where a merely corrupt stream only refuses that one frame.
+class EZentrailZlibSizeError : public EZentrailZlibError {
+ public:
+  using EZentrailZlibError::EZentrailZlibError;
+};
+
 // The bound on one inflated packet or record: nothing legitimate is larger, and it keeps a
 // hostile frame from exhausting memory.
 inline constexpr std::size_t ztMaxInflatedSize = 64u * 1024 * 1024;

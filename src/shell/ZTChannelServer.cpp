@@ -140,7 +140,7 @@ void TZTChannelServer::ServeClient(Client* client) {
     client->Decoder.Pop();
     ++FFramesServed;
     std::string error;
-    if (!WriteReply(client->Fd, reply, error)) endOfStream = true;
+    if (!WriteReplyNow(client->Fd, reply, error)) endOfStream = true;
     if (abort) endOfStream = true;
     if (!failure.empty()) FTarget.CopyDataFailed(failure);
     if (endOfStream) break;
@@ -149,7 +149,7 @@ void TZTChannelServer::ServeClient(Client* client) {
   if (!client->Dead && client->Decoder.Failed()) {
     // A frame above the bound: refuse it and end the connection; its bytes are never read.
     std::string error;
-    WriteReply(client->Fd, 0, error);
+    WriteReplyNow(client->Fd, 0, error);
     endOfStream = true;
   }
   client->Busy = false;

@@ -27,7 +27,7 @@ bool TriggersAutoSeparator(int32_t msgType) {
 }
 
 bool IsSizeLimitFailure(const EZentrailZlibError& e) {
-  return std::strstr(e.what(), "size limit") != nullptr;
+  return dynamic_cast<const EZentrailZlibSizeError*>(&e) != nullptr;
 }
 
 void CopyMessage(const TZentrailMessage& from, TZentrailMessage& to) { to = from; }

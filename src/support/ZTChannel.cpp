@@ -316,6 +316,18 @@ bool WriteReply(int fd, uint32_t reply, std::string& error) {
   return WriteAll(fd, buf, sizeof buf, error);
 }
 
+bool WriteReplyNow(int fd, uint32_t reply, std::string& error) {
+  unsigned char buf[4];
+  PutBE32(buf, reply);
+  for (;;) {
+    const ssize_t n = ::send(fd, buf, sizeof buf, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (n == static_cast<ssize_t>(sizeof buf)) return true;
+    if (n < 0 && errno == EINTR) continue;
+    error = n < 0 ? "reply failed: " + ErrnoText(errno) : "reply failed: the client reads no replies";
+    return false;
+  }
+}
+
 bool ReadAll(int fd, void* data, std::size_t n, std::string& error) {
   char* p = static_cast<char*>(data);
   std::size_t got = 0;

@@ -40,6 +40,9 @@ int ConnectTcp(const std::string& host, uint16_t port, int timeoutMs, std::strin
 int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, std::string& error);
 bool WriteAll(int fd, const void* data, std::size_t n, std::string& error);
 bool WriteReply(int fd, uint32_t reply, std::string& error);
+// The same without ever waiting: a server must not stall on a client that sends frames without
+// reading its replies. False (and the caller drops the client) when the reply does not fit now.
+bool WriteReplyNow(int fd, uint32_t reply, std::string& error);
 
 // Reads exactly n bytes (blocking; a non-blocking socket is waited on). False on end of stream or
 // error; an end of stream before the first byte gives the error text "connection closed".

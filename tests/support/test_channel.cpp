@@ -423,3 +423,24 @@ TEST(Channel, TcpCarriesTheSameFrames) {
   EXPECT_EQ(ConnectTcp("127.0.0.1", port, 2000, error), -1);
   EXPECT_NE(error.find("127.0.0.1"), std::string::npos) << error;
 }
+
+TEST(Channel, ImmediateRepliesNeverWaitOnAClientThatReadsNone) {
+  int fds[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds), 0);
+  std::string error;
+  int written = 0;
+  // The peer never reads: replies fill its buffer, and then the writer must give up at once.
+  while (zentrail::WriteReplyNow(fds[0], 1, error)) {
+    ++written;
+    ASSERT_LT(written, 10'000'000) << "the socket buffer never filled";
+  }
+  EXPECT_GT(written, 0);
+  EXPECT_NE(error.find("reply failed"), std::string::npos);
+  // What was written is whole replies in network order.
+  uint32_t first = 0;
+  ASSERT_EQ(::read(fds[1], &first, 4), 4);
+  EXPECT_EQ(ntohl(first), 1u);
+  ::close(fds[1]);
+  EXPECT_FALSE(zentrail::WriteReplyNow(fds[0], 0, error));  // a closed peer raises no SIGPIPE
+  ::close(fds[0]);
+}
