@@ -109,6 +109,45 @@ class FakeViewer {
   std::vector<std::thread> FServe;
 };
 
+// The real viewer, started offscreen in the benchmark's folders; Running() is false when it is not
+// built in this tree or did not come up.
+class RealViewer {
+ public:
+  RealViewer() {
+    std::string program = std::string(ZENTRAIL_BINARY_DIR) + "/src/shell/zentrail-viewer";
+    if (!std::filesystem::exists(program)) return;
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    char* argv[] = {program.data(), nullptr};
+    if (posix_spawn(&FPid, program.c_str(), nullptr, nullptr, argv, environ) != 0) {
+      FPid = -1;
+      return;
+    }
+    std::string error;
+    std::string path = ViewerSocketPath(error);
+    for (int i = 0; i < 5000; ++i) {
+      int fd = ConnectUnixSocket(path, error);
+      if (fd >= 0) {
+        close(fd);
+        FRunning = true;
+        return;
+      }
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+  }
+  ~RealViewer() {
+    if (FPid > 0) {
+      kill(FPid, SIGTERM);
+      int status;
+      waitpid(FPid, &status, 0);
+    }
+  }
+  bool Running() const { return FRunning; }
+
+ private:
+  pid_t FPid = -1;
+  bool FRunning = false;
+};
+
 inline double Seconds(std::chrono::steady_clock::time_point since) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - since).count();
 }
