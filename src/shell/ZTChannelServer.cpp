@@ -42,17 +42,20 @@ bool TZTChannelServer::Listen(const std::string& path, std::string& error) {
   return true;
 }
 
-void TZTChannelServer::Close() {
-  for (auto& client : FClients) {
-    if (client->Notifier) {
-      client->Notifier->setEnabled(false);
-      client->Notifier->deleteLater();
-      client->Notifier = nullptr;
-    }
-    if (client->Fd >= 0) ::close(client->Fd);
-    client->Fd = -1;
-    client->Dead = true;
+// Marks the client dead and lets go of its socket; the object itself goes at the next reap.
+void TZTChannelServer::Disconnect(Client* client) {
+  if (client->Notifier) {
+    client->Notifier->setEnabled(false);
+    client->Notifier->deleteLater();
+    client->Notifier = nullptr;
   }
+  if (client->Fd >= 0) ::close(client->Fd);
+  client->Fd = -1;
+  client->Dead = true;
+}
+
+void TZTChannelServer::Close() {
+  for (auto& client : FClients) Disconnect(client.get());
   // A client being answered further up the stack still needs its object; it goes at the next reap.
   ReapClients();
   if (FListenNotifier) {
@@ -168,14 +171,7 @@ void TZTChannelServer::ServeClient(Client* client) {
 }
 
 void TZTChannelServer::DropClient(Client* client) {
-  if (client->Notifier) {
-    client->Notifier->setEnabled(false);
-    client->Notifier->deleteLater();
-    client->Notifier = nullptr;
-  }
-  if (client->Fd >= 0) ::close(client->Fd);
-  client->Fd = -1;
-  client->Dead = true;
+  Disconnect(client);
   ReapClients();
 }
 

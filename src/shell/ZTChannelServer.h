@@ -59,6 +59,7 @@ class TZTChannelServer : public QObject {
   void AcceptClients();
   void ServeClient(Client* client);
   void DropClient(Client* client);
+  void Disconnect(Client* client);
   void ReapClients();
 
   IZTCopyDataTarget& FTarget;

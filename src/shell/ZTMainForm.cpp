@@ -240,12 +240,7 @@ void TFrmViewer::FormDestroy() {
   if (FChannel) FChannel->Close();
   qApp->removeEventFilter(this);
   SaveSettings();
-  FActiveList = nullptr;
-  FActiveMethods = nullptr;
-  FActiveSearch = nullptr;
-  FActivePrint = nullptr;
-  FActiveSave = nullptr;
-  FActiveExport = nullptr;
+  UnbindActiveView();
   FViews.clear();
   FScratchPadNames.clear();
   FSeenProcessIDs.clear();
@@ -630,8 +625,8 @@ void TFrmViewer::ApplyChromeColours() {
   pnlMsgDetails->SetValueColor(Colour(FValueColor, palette()));
 }
 
-void TFrmViewer::CreateFixedView() {
-  TZTViewFactory factory = ViewClasses().Find(QStringLiteral("Default"));
+// A view made by its class's factory, placed on a page of its own in the views notebook.
+IZTMessageView* TFrmViewer::CreateViewPage(const TZTViewFactory& factory) {
   IZTMessageView* view = factory ? factory(this) : nullptr;
   if (!view) throw std::runtime_error("Invalid CustomView registered");
   auto* page = new QWidget(nbkViews);
@@ -639,6 +634,11 @@ void TFrmViewer::CreateFixedView() {
   layout->setContentsMargins(0, 0, 0, 0);
   layout->addWidget(view->GetWidget());
   nbkViews->addWidget(page);
+  return view;
+}
+
+void TFrmViewer::CreateFixedView() {
+  IZTMessageView* view = CreateViewPage(ViewClasses().Find(QStringLiteral("Default")));
   tabViews->blockSignals(true);
   tabViews->addTab(kAllMessages);
   tabViews->setCurrentIndex(0);
@@ -669,13 +669,17 @@ void TFrmViewer::SetActiveViewIndex(int index) {
   tabViews->setCurrentIndex(index);  // tabViewsChange follows
 }
 
-void TFrmViewer::BindActiveView() {
+void TFrmViewer::UnbindActiveView() {
   FActiveList = nullptr;
   FActiveMethods = nullptr;
   FActiveSearch = nullptr;
   FActivePrint = nullptr;
   FActiveSave = nullptr;
   FActiveExport = nullptr;
+}
+
+void TFrmViewer::BindActiveView() {
+  UnbindActiveView();
   IZTMessageView* view = ActiveView();
   if (!view) return;
   FActiveList = dynamic_cast<IZTMessageViewList*>(view);
@@ -732,17 +736,11 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
   struct Restore {
     ~Restore() { QGuiApplication::restoreOverrideCursor(); }
   } restore;
-  IZTMessageView* view = factory(this);
-  if (!view) throw std::runtime_error("Invalid CustomView registered");
-  int previous = ActiveViewIndex();
-  auto* page = new QWidget(nbkViews);
-  auto* layout = new QVBoxLayout(page);
-  layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(view->GetWidget());
+  const int previous = ActiveViewIndex();
+  IZTMessageView* view = CreateViewPage(factory);
   tabViews->blockSignals(true);
   tabViews->addTab(name);
   tabViews->blockSignals(false);
-  nbkViews->addWidget(page);
   nbkViews->setCurrentIndex(previous);
   view->SetName(name);
   if (auto* list = dynamic_cast<IZTMessageViewList*>(view)) list->SetFilterCriteria(filter);

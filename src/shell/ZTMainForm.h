@@ -205,6 +205,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void ClearCallStack();
   void HideInspectors();
   void ShowInspector();
+  IZTMessageView* CreateViewPage(const TZTViewFactory& factory);
+  void UnbindActiveView();
   void PrintInspectorContents();
   void UpdateStatusCounts();
   void RefreshCallStack(IZTMessageView* view);

@@ -219,14 +219,18 @@ std::string DispatcherSocketPath(std::string& error) {
   return folder.empty() ? folder : folder + "/dispatcher";
 }
 
+// A stream socket and the address for path, or -1 with the reason.
+static int NewUnixSocket(const std::string& path, sockaddr_un& addr, std::string& error) {
+  if (!FillSockAddr(path, addr, error)) return -1;
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (fd < 0) error = "cannot create a socket: " + ErrnoText(errno);
+  return fd;
+}
+
 int ConnectUnixSocket(const std::string& path, std::string& error) {
   sockaddr_un addr;
-  if (!FillSockAddr(path, addr, error)) return -1;
-  int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) {
-    error = "cannot create a socket: " + ErrnoText(errno);
-    return -1;
-  }
+  const int fd = NewUnixSocket(path, addr, error);
+  if (fd < 0) return -1;
   if (::connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0) {
     int err = errno;
     if (err == EINTR) {
@@ -480,12 +484,8 @@ bool PeerIsSameUser(int fd) {
 
 int ListenUnixSocket(const std::string& path, std::string& error) {
   sockaddr_un addr;
-  if (!FillSockAddr(path, addr, error)) return -1;
-  int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (fd < 0) {
-    error = "cannot create a socket: " + ErrnoText(errno);
-    return -1;
-  }
+  const int fd = NewUnixSocket(path, addr, error);
+  if (fd < 0) return -1;
   for (int attempt = 0;; ++attempt) {
     if (::bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) break;
     int err = errno;
