@@ -39,6 +39,7 @@ namespace zentrail {
 
 class TZTSoundPlayer;
 class TZTDetailPanel;
+class TZTNavigator;
 class TZTInspectorPane;
 
 // The custom view classes by key. The plug-in manager keeps this list once it exists; until then
@@ -63,6 +64,8 @@ enum class TZTPane { Inspector, CallStack, ScratchPad };
 
 class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCopyDataTarget {
   Q_OBJECT
+  // Search, navigation, bookmarks and the synchronised message: their commands and state.
+  friend class TZTNavigator;
 
  public:
   // arguments: the command line after the program name.
@@ -135,6 +138,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QListWidget* CallStackList() const { return lstCallStack; }
   QAction* Action(const QString& name) const;
   TZTInspectorPane* InspectorPane() const { return FInspectorPane; }
+  TZTNavigator& Navigator() const { return *FNavigator; }
   int WakeUpSoundsPlayed() const { return FWakeUpSounds; }
   QString StatusText(const QString& paneName) const;
   QWidget* PaneWidget(const QString& name) const;
@@ -189,6 +193,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void CreateFixedView();
   void LoadSettings();
   void SaveSettings();
+  // A face by name, or the system's font of that kind where the face is missing.
+  static QFont ChooseFont(const QString& family, int pointSize, bool fixed);
 
   // The intake's fast road: a packet view goes to the store without a message object.
   template <typename TMessage>
@@ -233,6 +239,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   int FDroppedFailures = 0;
   int FWakeUpSounds = 0;
   std::unique_ptr<TZTSoundPlayer> FSound;
+  std::unique_ptr<TZTNavigator> FNavigator;
 
   // ---- Views
   std::vector<IZTMessageView*> FViews;
