@@ -1155,22 +1155,6 @@ void TFrmViewer::SetProgress(int32_t position) { pbrComplete->setValue(position)
 
 void TFrmViewer::StepProgress() { pbrComplete->setValue(pbrComplete->value() + 1); }
 
-QFont TFrmViewer::GetFont(int kind) {
-  switch (kind) {
-    case ztFontMessage:
-      return FMessageFont;
-    case ztFontInspectorFixed:
-      return FInspectorFixedFont;
-    default:
-      return FInspectorFont;
-  }
-}
-
-TZTMsgTypeStyle TFrmViewer::GetMsgTypeStyle(int32_t) {
-  // Every type follows the message font until the font styles are read from the settings.
-  return TZTMsgTypeStyle{};
-}
-
 TZTImageList* TFrmViewer::GetImageList(int kind) {
   return kind == ztImlScratchPad ? FScratchPadImages.get() : nullptr;
 }

@@ -24,6 +24,23 @@ QFont TFrmViewer::ChooseFont(const QString& family, int pointSize, bool fixed) {
 // ---------------------------------------------------------------------------------------------------
 // Settings
 
+QFont TFrmViewer::GetFont(int kind) {
+  switch (kind) {
+    case ztFontMessage:
+      return FMessageFont;
+    case ztFontInspectorFixed:
+      return FInspectorFixedFont;
+    default:
+      return FInspectorFont;
+  }
+}
+
+TZTMsgTypeStyle TFrmViewer::GetMsgTypeStyle(int32_t) {
+  // Every type follows the message font until the font styles are read from the settings.
+  return TZTMsgTypeStyle{};
+}
+
+
 void TFrmViewer::LoadSettings() {
   FLoadingSettings = true;
   TZTSettings& ini = ViewerSettings();
