@@ -39,6 +39,9 @@ class TZTNavigator : public QObject {
   bool FindFromCursor = false;
   bool FindInDetails = true;
 
+  // Clearing every bookmark asks first unless the user switched the question off.
+  bool ConfirmOnClearBookmarks = true;
+
  private:
   TFrmViewer& FWindow;
   int32_t FNavigatorMsgType = 3;
