@@ -182,7 +182,10 @@ void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria =
 
 void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
   FFilterCriteria = criteria;
-  // Built whether or not the text is checked, so a bad pattern shows when it is set.
+  // Built whether or not the text is checked, so a bad pattern shows when it is set. A pattern
+  // that fails leaves none behind, and a text test then refuses every message rather than
+  // testing the old pattern under the new criteria.
+  FMessageTextRegEx.Clear();
   FMessageTextRegEx.Compile(FFilterCriteria.MessageText);
 }
 
@@ -887,9 +890,17 @@ void TZTMessageView::FindNext(bool newSearch, const std::string& text, bool inDe
     start = forward ? 0 : NumItems() - 1;
   start = std::clamp(start, 0, NumItems() - 1);
   TZentrailMessageSet& ms = MessageSet;
+  // A walk over a large view: the lists are read directly, as every row is known to exist. The
+  // vectors are fetched afresh after each expansion, which inserts rows.
   auto matches = [&](int32_t row) {
-    SelectRecord(row);
+    const auto& rows = FRows.Raw();
+    ms.GotoRec(FItems.Raw()[static_cast<size_t>(rows[static_cast<size_t>(row)])].RecNo);
     return regex.Match(ms.GetMsgText()) || (inDetails && regex.Match(ms.GetDetails()));
+  };
+  // The store already stands on the row's record: only an Enter can be a collapsed method.
+  auto collapsedEnter = [&](int32_t row) {
+    return FItems.Raw()[static_cast<size_t>(FRows.Raw()[static_cast<size_t>(row)])].Collapsed &&
+           ms.GetMsgType() == ztmEnterMethod;
   };
   if (forward) {
     for (int32_t row = start; row < NumItems(); ++row) {
@@ -898,24 +909,21 @@ void TZTMessageView::FindNext(bool newSearch, const std::string& text, bool inDe
         return;
       }
       // The walk goes on through what a collapsed method holds.
-      if (FItems.GetItems(FRows.GetItems(row)).Collapsed && IsCollapsed(row)) ExpandMethod(row);
+      if (collapsedEnter(row)) ExpandMethod(row);
     }
   } else {
-    int32_t row = start;
-    while (row >= 0) {
+    for (int32_t row = start; row >= 0; --row) {
       if (matches(row)) {
         JumpToItem(row);
         return;
       }
-      if (FItems.GetItems(FRows.GetItems(row)).Collapsed && IsCollapsed(row)) {
+      if (collapsedEnter(row)) {
+        // Opened from its Enter, the method's content lies below it: the walk jumps down to the
+        // Exit and climbs through the content from the row above that.
         ExpandMethod(row);
         const int32_t exitRow = SearchSameLevel(row, true, ztmExitMethod);
-        if (exitRow >= 0) {
-          row = exitRow;
-          continue;
-        }
+        if (exitRow >= 0) row = exitRow;
       }
-      --row;
     }
   }
   PromptService().ShowMessage(this, QStringLiteral("Search string '%1' not found.").arg(QString::fromStdString(text)),

@@ -12,9 +12,12 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <string>
 
 #include "ZTMsgView.h"
 #include "ZTPromptService.h"
+#include "ZTSettingsStore.h"
 #include "ZentrailMessageSet.h"
 
 namespace zentrail {
@@ -209,8 +212,44 @@ void TZTMessageView::JumpToMsgDlg() {
 
 // ---- find --------------------------------------------------------------------------------------
 
-QStringList& FindTextHistory() {
-  static QStringList history;
+namespace {
+
+constexpr const char* ztMRUSection = "MRULists";
+
+std::string FindTextKey(int index) { return "FindText_Item" + std::to_string(index); }
+
+}  // namespace
+
+QStringList ReadFindTextHistory() {
+  const TZTIniFile& ini = ViewerSettings();
+  const int count = std::clamp(ini.ReadInteger(ztMRUSection, "FindText_Count", 0), 0, ztFindHistoryMax);
+  QStringList history;
+  for (int i = 0; i < count; ++i) {
+    const QString text = QString::fromStdString(ini.ReadString(ztMRUSection, FindTextKey(i), ""));
+    if (text.isEmpty() || history.contains(text, Qt::CaseInsensitive)) continue;
+    history.push_back(text);
+  }
+  return history;
+}
+
+bool StoreFindTextHistory(const QStringList& history, QString& error) {
+  TZTIniFile& ini = ViewerSettings();
+  const int count = static_cast<int>(std::min<qsizetype>(history.size(), ztFindHistoryMax));
+  ini.WriteInteger(ztMRUSection, "FindText_Count", count);
+  for (int i = 0; i < count; ++i) ini.WriteString(ztMRUSection, FindTextKey(i), history.at(i).toStdString());
+  for (int i = count; i < ztFindHistoryMax; ++i) ini.DeleteKey(ztMRUSection, FindTextKey(i));
+  std::string reason;
+  if (FlushViewerSettings(reason)) return true;
+  error = QString::fromStdString(reason);
+  return false;
+}
+
+QStringList PushFindText(QStringList history, const QString& text) {
+  if (text.isEmpty()) return history;
+  for (qsizetype i = history.size() - 1; i >= 0; --i)
+    if (history.at(i).compare(text, Qt::CaseInsensitive) == 0) history.removeAt(i);
+  history.prepend(text);
+  while (history.size() > ztFindHistoryMax) history.removeLast();
   return history;
 }
 
@@ -222,7 +261,7 @@ TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
   cbxFindText = new QComboBox(this);
   cbxFindText->setEditable(true);
   cbxFindText->setInsertPolicy(QComboBox::NoInsert);
-  cbxFindText->addItems(FindTextHistory());
+  cbxFindText->addItems(ReadFindTextHistory());
   cbxFindText->setMinimumWidth(300);
   label->setBuddy(cbxFindText);
   layout->addWidget(label);
@@ -253,12 +292,11 @@ TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
   btnOK->setDefault(true);
   auto* btnCancel = new QPushButton(tr("Cancel"), this);
   connect(btnOK, &QPushButton::clicked, this, [this] {
-    // The text moves to the top of the list, or is put there.
-    const QString text = cbxFindText->currentText();
-    QStringList& history = FindTextHistory();
-    history.removeAll(text);
-    history.prepend(text);
-    while (history.size() > ztFindHistoryMax) history.removeLast();
+    // Kept at once, so that a later crash of the run doesn't lose the texts searched for.
+    QString error;
+    if (!StoreFindTextHistory(PushFindText(ReadFindTextHistory(), cbxFindText->currentText()), error))
+      PromptService().ShowMessage(this, tr("The list of search texts could not be saved.\n%1").arg(error),
+                                  TZTPromptKind::Warning);
     accept();
   });
   connect(btnCancel, &QPushButton::clicked, this, &QDialog::reject);
@@ -278,7 +316,9 @@ bool TZTMessageView::Find(std::string& text, TZTRegEx& regex, bool& inDetails, b
   forward = form.Forward()->isChecked();
   fromCursor = form.FromCursor()->isChecked();
   inDetails = form.FindInDetails()->isChecked();
-  // A pattern that doesn't compile fails here, after the dialog has closed.
+  // A pattern that doesn't compile fails here, after the dialog has closed, and leaves nothing
+  // compiled behind: a repeat then finds nothing instead of searching for the previous text.
+  regex.Clear();
   regex.Compile(text);
   FindNext(true, text, inDetails, fromCursor, forward, regex);
   return true;

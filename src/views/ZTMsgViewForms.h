@@ -60,11 +60,18 @@ class TfrmJumpToMsg : public QDialog {
   QPushButton* btnOK;
 };
 
-// The search texts used last, newest first, at most ztFindHistoryMax; shared by the Find dialogs of
-// all views for the run. The shell keeps them in the settings file (section "MRULists", keys
-// "FindText_Count" and "FindText_Item<n>").
+// The search texts used last, newest first, kept in the settings file's section "MRULists" so
+// that every Find dialog of the run and the next run offer them.
 inline constexpr int ztFindHistoryMax = 20;
-QStringList& FindTextHistory();
+// Reads "FindText_Count" items; empty items and repeats (case ignored, as a search ignores it) are
+// skipped.
+QStringList ReadFindTextHistory();
+// Cuts the list to ztFindHistoryMax, writes count and items, deletes the items above the count and
+// writes the settings file at once. False with error filled when the file can't be written; the
+// settings object holds the new history either way.
+bool StoreFindTextHistory(const QStringList& history, QString& error);
+// The text moved to the top of history, or put there.
+QStringList PushFindText(QStringList history, const QString& text);
 
 // "Find": the text (a case-insensitive pattern), the direction, the origin and whether Details
 // count too.

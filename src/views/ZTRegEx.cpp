@@ -1,5 +1,7 @@
 #include "ZTRegEx.h"
 
+#include <new>
+
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
@@ -8,6 +10,7 @@ namespace zentrail {
 struct TZTRegEx::Code {
   pcre2_code* Pattern = nullptr;
   pcre2_match_data* MatchData = nullptr;
+  bool Jit = false;
   ~Code() {
     if (MatchData) pcre2_match_data_free(MatchData);
     if (Pattern) pcre2_code_free(Pattern);
@@ -43,10 +46,13 @@ void TZTRegEx::Compile(std::string_view pattern) {
     throw EZTRegExError("Invalid regular expression \"" + std::string(pattern) + "\" at offset " +
                         std::to_string(errorOffset) + ": " + reinterpret_cast<const char*>(buffer));
   }
-  pcre2_jit_compile(code, PCRE2_JIT_COMPLETE);  // without JIT support the interpreter runs instead
   auto compiled = std::make_shared<Code>();
   compiled->Pattern = code;
-  compiled->MatchData = pcre2_match_data_create_from_pattern(code, nullptr);
+  // Without JIT support the interpreter runs instead.
+  compiled->Jit = pcre2_jit_compile(code, PCRE2_JIT_COMPLETE) == 0;
+  // Only whether it matches counts, so one pair of offsets is enough, made once for every match.
+  compiled->MatchData = pcre2_match_data_create(1, nullptr);
+  if (!compiled->MatchData) throw std::bad_alloc();
   FCode = std::move(compiled);
   FPattern.assign(pattern);
 }
@@ -58,9 +64,13 @@ void TZTRegEx::Clear() {
 
 bool TZTRegEx::Match(std::string_view text) const {
   if (!FCode) return false;
-  // The store holds only valid UTF-8, so the check is skipped.
-  const int rc = pcre2_match(FCode->Pattern, reinterpret_cast<PCRE2_SPTR>(text.data()), text.size(), 0,
-                             PCRE2_NO_UTF_CHECK, FCode->MatchData, nullptr);
+  const auto subject = reinterpret_cast<PCRE2_SPTR>(text.data());
+  // The JIT entry skips the option checks of the general one; it never checks UTF, which suits the
+  // store, whose text is valid UTF-8 throughout.
+  const int rc = FCode->Jit ? pcre2_jit_match(FCode->Pattern, subject, text.size(), 0, 0, FCode->MatchData, nullptr)
+                            : pcre2_match(FCode->Pattern, subject, text.size(), 0, PCRE2_NO_UTF_CHECK,
+                                          FCode->MatchData, nullptr);
+  // An error such as a spent match limit counts as no match: a filter or search can't fail midway.
   return rc >= 0;
 }
 

@@ -8,11 +8,14 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QRegularExpression>
 #include <QTimer>
 #include <functional>
 
 #include "ZTMsgViewForms.h"
 #include "ZTPromptService.h"
+#include "ZTSettingsStore.h"
+#include "TestEnvironment.h"
 #include "ViewTestSupport.h"
 
 namespace zentrail::test {
@@ -124,7 +127,20 @@ TEST_F(ViewForms, JumpDialogTakesDigitsOnlyAndCountsRowsFromOne) {
 TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
   TZTRecordingPromptService prompts;
   TZTPromptServiceGuard guard(&prompts);
-  FindTextHistory().clear();
+  // The history lives in the settings object and goes to its file at once.
+  const auto iniPath = MakeTempDir("find") / "ZTLiveViewer.ini";
+  TZTIniFile& ini = ViewerSettings();
+  ini.Clear();
+  ini.SetFileName(iniPath.string());
+  ini.WriteString("Position", "Left", "99");  // written to memory before: reaches the disk with the history
+  ini.WriteInteger("MRULists", "FindText_Count", 4);
+  ini.WriteString("MRULists", "FindText_Item0", "alpha");
+  ini.WriteString("MRULists", "FindText_Item1", "");
+  ini.WriteString("MRULists", "FindText_Item2", "ALPHA");
+  ini.WriteString("MRULists", "FindText_Item3", "beta");
+  ini.WriteString("MRULists", "FindText_Item4", "beyond the count");
+  EXPECT_EQ(ReadFindTextHistory(), (QStringList{QStringLiteral("alpha"), QStringLiteral("beta")}));
+
   TZTMessageView view;
   view.resize(400, 200);
   view.show();
@@ -137,6 +153,7 @@ TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
   {
     TModalDriver<TfrmFind> driver([](TfrmFind& form) {
       EXPECT_EQ(form.FindText()->currentText(), QStringLiteral("old"));
+      EXPECT_EQ(form.FindText()->count(), 2);
       EXPECT_TRUE(form.Forward()->isChecked());
       EXPECT_TRUE(form.EntireScope()->isChecked());
       EXPECT_TRUE(form.FindInDetails()->isChecked());
@@ -154,21 +171,38 @@ TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
   EXPECT_EQ(view.GetFocusedMsgIndex(), 4);  // backward from the cursor, case ignored
   view.FindNext(false, text, inDetails, fromCursor, forward, regex);
   EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
-  EXPECT_EQ(FindTextHistory(), QStringList{QStringLiteral("ORDER [2-4]")});
+  view.FindNext(false, text, inDetails, fromCursor, forward, regex);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 2);
+  view.FindNext(false, text, inDetails, fromCursor, forward, regex);  // no wrap at the top
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 2);
+  ASSERT_EQ(prompts.Prompts.size(), 1u);
+  EXPECT_EQ(prompts.Prompts.back().Text, QStringLiteral("Search string 'ORDER [2-4]' not found."));
+
+  // On disk at once: the new text on top, keys above the count gone, other sections as in memory.
+  TZTIniFile disk(iniPath.string());
+  EXPECT_EQ(disk.ReadInteger("MRULists", "FindText_Count", 0), 3);
+  EXPECT_EQ(disk.ReadString("MRULists", "FindText_Item0", ""), "ORDER [2-4]");
+  EXPECT_EQ(disk.ReadString("MRULists", "FindText_Item1", ""), "alpha");
+  EXPECT_EQ(disk.ReadString("MRULists", "FindText_Item2", ""), "beta");
+  EXPECT_FALSE(disk.ValueExists("MRULists", "FindText_Item3"));
+  EXPECT_FALSE(disk.ValueExists("MRULists", "FindText_Item4"));
+  EXPECT_EQ(disk.ReadString("Position", "Left", ""), "99");
 
   // Cancel changes nothing.
   {
     TModalDriver<TfrmFind> driver([](TfrmFind& form) {
-      EXPECT_EQ(form.FindText()->count(), 1);
+      EXPECT_EQ(form.FindText()->itemText(0), QStringLiteral("ORDER [2-4]"));
       form.FindText()->setCurrentText(QStringLiteral("other"));
       form.reject();
     });
     EXPECT_FALSE(view.Find(text, regex, inDetails, fromCursor, forward));
   }
   EXPECT_EQ(text, "ORDER [2-4]");
-  EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 2);
+  EXPECT_EQ(ReadFindTextHistory().size(), 3);
 
-  // A pattern that can't compile fails after the dialog closed.
+  // A pattern that can't compile fails after the dialog closed and leaves nothing compiled, so a
+  // repeat can't search for the previous text under the new one's name.
   {
     TModalDriver<TfrmFind> driver([](TfrmFind& form) {
       form.FindText()->setCurrentText(QStringLiteral("(unclosed"));
@@ -176,8 +210,37 @@ TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
     });
     EXPECT_THROW(view.Find(text, regex, inDetails, fromCursor, forward), EZTRegExError);
   }
-  EXPECT_EQ(FindTextHistory().front(), QStringLiteral("(unclosed"));
-  EXPECT_EQ(FindTextHistory().size(), 2);
+  EXPECT_FALSE(regex.IsCompiled());
+  EXPECT_EQ(ReadFindTextHistory().front(), QStringLiteral("(unclosed"));
+
+  // Storing cuts to 20; a used text moves up instead of standing twice.
+  QStringList many;
+  for (int i = 0; i < 25; ++i) many << QStringLiteral("t%1").arg(i);
+  QString error;
+  ASSERT_TRUE(StoreFindTextHistory(PushFindText(many, QStringLiteral("T7")), error)) << error.toStdString();
+  const QStringList stored = ReadFindTextHistory();
+  ASSERT_EQ(stored.size(), ztFindHistoryMax);
+  EXPECT_EQ(stored.front(), QStringLiteral("T7"));
+  EXPECT_EQ(stored.filter(QRegularExpression(QStringLiteral("^t7$"), QRegularExpression::CaseInsensitiveOption)).size(), 1);
+  EXPECT_EQ(stored.back(), QStringLiteral("t19"));
+  TZTIniFile disk2(iniPath.string());
+  EXPECT_EQ(disk2.ReadInteger("MRULists", "FindText_Count", 0), 20);
+
+  // A file that can't be written is said, and the search still runs.
+  ini.SetFileName((iniPath.parent_path() / "missing" / "folder" / "x.ini").string());
+  {
+    TModalDriver<TfrmFind> driver([](TfrmFind& form) {
+      form.FindText()->setCurrentText(QStringLiteral("order 9"));
+      form.Forward()->setChecked(true);
+      form.OkButton()->click();
+    });
+    EXPECT_TRUE(view.Find(text, regex, inDetails, fromCursor, forward));
+  }
+  EXPECT_EQ(view.GetFocusedMsgIndex(), 9);
+  ASSERT_EQ(prompts.Prompts.size(), 2u);
+  EXPECT_EQ(prompts.Prompts.back().Kind, TZTPromptKind::Warning);
+  ini.Clear();
+  ini.SetFileName(std::string());
 }
 
 }  // namespace
