@@ -104,6 +104,9 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void BindActiveView();
   void ActivateView(IZTMessageView* view);
   void PopulateView(IZTMessageView* view);
+  // Renames the view and its tab, hands it the filter and refills it from the store. A pattern that
+  // does not compile is shown to the user and the view keeps its old filter and rows; false then.
+  bool ModifyView(IZTMessageView* view, const QString& name, const TZTFilterCriteria& criteria);
 
   // ---- Panes and layout
   void SetPaneVisible(TZTPane pane, bool visible);
