@@ -14,6 +14,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "ZTMsgView.h"
 #include "ZTPromptService.h"
@@ -212,34 +213,18 @@ void TZTMessageView::JumpToMsgDlg() {
 
 // ---- find --------------------------------------------------------------------------------------
 
-namespace {
-
-constexpr const char* ztMRUSection = "MRULists";
-
-std::string FindTextKey(int index) { return "FindText_Item" + std::to_string(index); }
-
-}  // namespace
-
 QStringList ReadFindTextHistory() {
-  const TZTIniFile& ini = ViewerSettings();
-  const int count = std::clamp(ini.ReadInteger(ztMRUSection, "FindText_Count", 0), 0, ztFindHistoryMax);
   QStringList history;
-  for (int i = 0; i < count; ++i) {
-    const QString text = QString::fromStdString(ini.ReadString(ztMRUSection, FindTextKey(i), ""));
-    if (text.isEmpty() || history.contains(text, Qt::CaseInsensitive)) continue;
-    history.push_back(text);
-  }
+  for (const std::string& text : ReadFindHistory(ViewerSettings())) history.push_back(QString::fromStdString(text));
   return history;
 }
 
 bool StoreFindTextHistory(const QStringList& history, QString& error) {
-  TZTIniFile& ini = ViewerSettings();
-  const int count = static_cast<int>(std::min<qsizetype>(history.size(), ztFindHistoryMax));
-  ini.WriteInteger(ztMRUSection, "FindText_Count", count);
-  for (int i = 0; i < count; ++i) ini.WriteString(ztMRUSection, FindTextKey(i), history.at(i).toStdString());
-  for (int i = count; i < ztFindHistoryMax; ++i) ini.DeleteKey(ztMRUSection, FindTextKey(i));
+  std::vector<std::string> texts;
+  texts.reserve(static_cast<size_t>(history.size()));
+  for (const QString& text : history) texts.push_back(text.toStdString());
   std::string reason;
-  if (FlushViewerSettings(reason)) return true;
+  if (StoreFindHistory(texts, reason)) return true;
   error = QString::fromStdString(reason);
   return false;
 }

@@ -63,14 +63,14 @@ class TfrmJumpToMsg : public QDialog {
 // The search texts used last, newest first, kept in the settings file's section "MRULists" so
 // that every Find dialog of the run and the next run offer them.
 inline constexpr int ztFindHistoryMax = 20;
-// Reads "FindText_Count" items; empty items and repeats (case ignored, as a search ignores it) are
-// skipped.
+// Reads "FindText_Count" items; empty items and repeats are skipped.
 QStringList ReadFindTextHistory();
 // Cuts the list to ztFindHistoryMax, writes count and items, deletes the items above the count and
 // writes the settings file at once. False with error filled when the file can't be written; the
 // settings object holds the new history either way.
 bool StoreFindTextHistory(const QStringList& history, QString& error);
-// The text moved to the top of history, or put there.
+// The text moved to the top of history, or put there; the same text in another case counts as
+// the same search, as a search ignores case.
 QStringList PushFindText(QStringList history, const QString& text);
 
 // "Find": the text (a case-insensitive pattern), the direction, the origin and whether Details

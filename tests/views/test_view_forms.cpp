@@ -136,7 +136,7 @@ TEST_F(ViewForms, FindDialogSearchesAndKeepsTheTextsUsedLast) {
   ini.WriteInteger("MRULists", "FindText_Count", 4);
   ini.WriteString("MRULists", "FindText_Item0", "alpha");
   ini.WriteString("MRULists", "FindText_Item1", "");
-  ini.WriteString("MRULists", "FindText_Item2", "ALPHA");
+  ini.WriteString("MRULists", "FindText_Item2", "alpha");
   ini.WriteString("MRULists", "FindText_Item3", "beta");
   ini.WriteString("MRULists", "FindText_Item4", "beyond the count");
   EXPECT_EQ(ReadFindTextHistory(), (QStringList{QStringLiteral("alpha"), QStringLiteral("beta")}));
