@@ -1,5 +1,5 @@
-// The glyphs of message types, contents and bookmarks, drawn for this viewer at 16 by 16 with a
-// double-resolution backing so that they stay sharp on scaled screens.
+// The glyphs of message types, contents and bookmarks, drawn for this viewer at 16 by 16, and once
+// more at twice the resolution, so that they are sharp on plain and on scaled screens alike.
 
 #include <QPainter>
 #include <QPainterPath>
@@ -14,11 +14,16 @@ namespace zentrail {
 namespace {
 
 constexpr int ztIconSize = 16;
-constexpr qreal ztIconScale = 2.0;
 
-QPixmap Glyph(const std::function<void(QPainter&)>& paint) {
-  QPixmap pixmap(static_cast<int>(ztIconSize * ztIconScale), static_cast<int>(ztIconSize * ztIconScale));
-  pixmap.setDevicePixelRatio(ztIconScale);
+// The same drawing in 16 by 16 logical pixels at 1x and at 2x.
+struct TGlyph {
+  QPixmap Plain;
+  QPixmap Double;
+};
+
+QPixmap RenderGlyph(const std::function<void(QPainter&)>& paint, int scale) {
+  QPixmap pixmap(ztIconSize * scale, ztIconSize * scale);
+  pixmap.setDevicePixelRatio(scale);
   pixmap.fill(Qt::transparent);
   QPainter painter(&pixmap);
   painter.setRenderHint(QPainter::Antialiasing);
@@ -26,6 +31,8 @@ QPixmap Glyph(const std::function<void(QPainter&)>& paint) {
   paint(painter);
   return pixmap;
 }
+
+TGlyph Glyph(const std::function<void(QPainter&)>& paint) { return {RenderGlyph(paint, 1), RenderGlyph(paint, 2)}; }
 
 void Letter(QPainter& p, const QRectF& rect, const QString& text, const QColor& color, qreal size, bool bold = true) {
   QFont font(QStringLiteral("DejaVu Sans"));
@@ -86,7 +93,7 @@ void Arrow(QPainter& p, bool right, const QColor& color) {
   p.drawPath(path);
 }
 
-QPixmap MessageGlyph(int code) {
+TGlyph MessageGlyph(int code) {
   return Glyph([code](QPainter& p) {
     switch (code) {
       case ztmInfo: Disc(p, QColor(0x2F, 0x7C, 0xD8), QStringLiteral("i")); break;
@@ -349,7 +356,7 @@ QPixmap MessageGlyph(int code) {
   });
 }
 
-QPixmap BookmarkGlyph(int index) {
+TGlyph BookmarkGlyph(int index) {
   return Glyph([index](QPainter& p) {
     if (index == 10) {
       // The synchronised message: two arrows in a ring.
@@ -384,14 +391,18 @@ TZTImageList* CreateMessageImageList(QObject* parent) {
   for (int code = 0; code <= 46; ++code) {
     // 13 to 15, 39 and 40 are never drawn as type icons; they stay empty.
     if ((code >= ztmClear && code <= ztmSaveLog) || code == ztmResetSeparator || code == ztmAppStartSeparator) continue;
-    list->SetImage(code, MessageGlyph(code));
+    const TGlyph glyph = MessageGlyph(code);
+    list->SetImage(code, glyph.Plain, glyph.Double);
   }
   return list;
 }
 
 TZTImageList* CreateBookmarkImageList(QObject* parent) {
   auto* list = new TZTImageList(ztIconSize, ztIconSize, parent);
-  for (int index = 0; index <= 10; ++index) list->SetImage(index, BookmarkGlyph(index));
+  for (int index = 0; index <= 10; ++index) {
+    const TGlyph glyph = BookmarkGlyph(index);
+    list->SetImage(index, glyph.Plain, glyph.Double);
+  }
   return list;
 }
 

@@ -11,15 +11,20 @@ bool TZTImageList::HasImage(int index) const {
   return index >= 0 && index < Count() && !FImages[static_cast<size_t>(index)].isNull();
 }
 
-void TZTImageList::SetImage(int index, const QPixmap& image) {
+void TZTImageList::SetImage(int index, const QPixmap& image, const QPixmap& image2x) {
   if (index < 0) return;
-  if (index >= Count()) FImages.resize(static_cast<size_t>(index) + 1);
+  if (index >= Count()) {
+    FImages.resize(static_cast<size_t>(index) + 1);
+    FImages2x.resize(FImages.size());
+  }
   FImages[static_cast<size_t>(index)] = image;
+  FImages2x[static_cast<size_t>(index)] = image2x;
   emit Changed();
 }
 
 int TZTImageList::Add(const QPixmap& image) {
   FImages.push_back(image);
+  FImages2x.emplace_back();
   emit Changed();
   return Count() - 1;
 }
@@ -31,12 +36,16 @@ const QPixmap& TZTImageList::Image(int index) const {
 
 void TZTImageList::Clear() {
   FImages.clear();
+  FImages2x.clear();
   emit Changed();
 }
 
 bool TZTImageList::Draw(QPainter& painter, int x, int y, int index) const {
   if (!HasImage(index)) return false;
-  painter.drawPixmap(QRect(x, y, FWidth, FHeight), FImages[static_cast<size_t>(index)]);
+  const QPixmap& hiRes = FImages2x[static_cast<size_t>(index)];
+  const bool scaled = painter.device() && painter.device()->devicePixelRatioF() > 1.0;
+  painter.drawPixmap(QRect(x, y, FWidth, FHeight),
+                     scaled && !hiRes.isNull() ? hiRes : FImages[static_cast<size_t>(index)]);
   return true;
 }
 

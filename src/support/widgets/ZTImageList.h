@@ -20,8 +20,10 @@ class TZTImageList : public QObject {
   int Count() const { return static_cast<int>(FImages.size()); }
   bool HasImage(int index) const;
 
-  // Puts an image at index, growing the list with empty entries as needed.
-  void SetImage(int index, const QPixmap& image);
+  // Puts an image at index, growing the list with empty entries as needed. An image drawn for
+  // twice the resolution may come with it; it is used on scaled screens and the plain one where a
+  // pixel is a pixel, so that neither is a resampled copy of the other.
+  void SetImage(int index, const QPixmap& image, const QPixmap& image2x = QPixmap());
   int Add(const QPixmap& image);
   const QPixmap& Image(int index) const;
   void Clear();
@@ -36,6 +38,7 @@ class TZTImageList : public QObject {
   int FWidth;
   int FHeight;
   std::vector<QPixmap> FImages;
+  std::vector<QPixmap> FImages2x;
 };
 
 }  // namespace zentrail
