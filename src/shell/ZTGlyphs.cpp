@@ -4,6 +4,9 @@
 #include <QPainterPath>
 #include <cstring>
 
+#include "ZTImageList.h"
+#include "ZentrailMessage.h"
+
 namespace zentrail {
 namespace {
 
@@ -93,6 +96,14 @@ void Draw(QPainter& p, const char* name) {
     p.setBrush(Qt::NoBrush);
     p.drawEllipse(QRectF(2, 2, 12, 12));
     p.drawLine(QPointF(4.2, 11.8), QPointF(11.8, 4.2));
+  } else if (is("appstartseparator")) {
+    Lines(p, 2, 3.5, 12, 1, 0);
+    Lines(p, 2, 12.5, 12, 1, 0);
+    p.setPen(QPen(kAccent, 2));
+    p.drawLine(QPointF(1, 8), QPointF(15, 8));
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor(0x3c, 0xa4, 0x4c));
+    p.drawPolygon(QPolygonF({QPointF(5.5, 5), QPointF(11, 8), QPointF(5.5, 11)}));
   } else if (is("separator") || is("resetseparator")) {
     Lines(p, 2, 3.5, 12, 1, 0);
     Lines(p, 2, 12.5, 12, 1, 0);
@@ -155,6 +166,111 @@ void Draw(QPainter& p, const char* name) {
     p.setPen(QPen(kAccent, 2));
     p.drawLine(QPointF(8, 7), QPointF(8, 12));
     p.drawPoint(QPointF(8, 4.5));
+  } else if (is("navfirst") || is("navlast")) {
+    // A bar and a triangle: up to the first, down to the last.
+    const bool up = is("navfirst");
+    p.setPen(QPen(kInk, 1.5));
+    p.drawLine(QPointF(3, up ? 3 : 13), QPointF(13, up ? 3 : 13));
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    p.drawPolygon(up ? QPolygonF({QPointF(8, 5), QPointF(13.5, 12.5), QPointF(2.5, 12.5)})
+                     : QPolygonF({QPointF(8, 11), QPointF(13.5, 3.5), QPointF(2.5, 3.5)}));
+  } else if (is("navprev") || is("navnext")) {
+    const bool up = is("navprev");
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    p.drawPolygon(up ? QPolygonF({QPointF(8, 3.5), QPointF(13.5, 11.5), QPointF(2.5, 11.5)})
+                     : QPolygonF({QPointF(8, 12.5), QPointF(13.5, 4.5), QPointF(2.5, 4.5)}));
+  } else if (is("find") || is("findnext")) {
+    p.setPen(QPen(kInk, 1.5));
+    p.setBrush(kPaper);
+    p.drawEllipse(QRectF(2, 2, 8, 8));
+    p.setPen(QPen(kInk, 2.5));
+    p.drawLine(QPointF(9, 9), QPointF(13.5, 13.5));
+    if (is("findnext")) {
+      p.setPen(Qt::NoPen);
+      p.setBrush(kAccent);
+      p.drawPolygon(QPolygonF({QPointF(11, 1), QPointF(15.5, 4), QPointF(11, 7)}));
+    }
+  } else if (is("jumpto")) {
+    Lines(p, 6, 3.5, 8, 4, 3);
+    p.fillRect(QRectF(5.5, 8, 9, 2.5), kAccent.lighter(150));
+    p.setPen(QPen(kAccent, 1.8));
+    p.drawLine(QPointF(1, 9), QPointF(4.5, 9));
+    p.drawLine(QPointF(2.5, 7), QPointF(4.5, 9));
+    p.drawLine(QPointF(2.5, 11), QPointF(4.5, 9));
+  } else if (is("navselect") || is("navany")) {
+    // A row between two markers; "any" leaves the row open with a question mark.
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 4.5, 13, 7));
+    p.setPen(QPen(kAccent, 1.5));
+    if (is("navany")) {
+      QFont f = p.font();
+      f.setPixelSize(8);
+      f.setBold(true);
+      p.setFont(f);
+      p.drawText(QRectF(1.5, 4.5, 13, 7), Qt::AlignCenter, QStringLiteral("?"));
+    } else {
+      p.drawLine(QPointF(4, 8), QPointF(12, 8));
+      p.drawLine(QPointF(8, 1), QPointF(8, 3.5));
+      p.drawLine(QPointF(8, 12.5), QPointF(8, 15));
+    }
+  } else if (is("timediff")) {
+    p.setPen(QPen(kInk, 1.2));
+    p.setBrush(kPaper);
+    p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
+    p.setPen(QPen(kAccent, 1.5));
+    p.drawLine(QPointF(8, 8), QPointF(8, 4));
+    p.drawLine(QPointF(8, 8), QPointF(11, 9.5));
+  } else if (is("navauto")) {
+    p.setPen(QPen(kAccent, 1.5));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(2.5, 2.5, 11, 11), 90 * 16, 270 * 16);
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    p.drawPolygon(QPolygonF({QPointF(8, 0.5), QPointF(11.5, 2.8), QPointF(8, 5)}));
+    p.setBrush(kInk);
+    p.drawEllipse(QPointF(8, 8), 1.8, 1.8);
+  } else if (is("bookmarktoggle") || is("bookmarkjump") || is("bookmarkclear")) {
+    QPolygonF ribbon({QPointF(3.5, 1.5), QPointF(10.5, 1.5), QPointF(10.5, 14), QPointF(7, 10.5), QPointF(3.5, 14)});
+    p.setPen(QPen(QColor(0x8a, 0x5a, 0x10), 1));
+    p.setBrush(QColor(0xf2, 0xb8, 0x30));
+    p.drawPolygon(ribbon);
+    if (is("bookmarkjump")) {
+      p.setPen(QPen(kAccent, 1.8));
+      p.drawLine(QPointF(11, 8), QPointF(15.5, 8));
+      p.drawLine(QPointF(13.5, 6), QPointF(15.5, 8));
+      p.drawLine(QPointF(13.5, 10), QPointF(15.5, 8));
+    } else if (is("bookmarkclear")) {
+      p.setPen(QPen(QColor(0xd0, 0x30, 0x30), 2));
+      p.drawLine(QPointF(9.5, 9.5), QPointF(14.5, 14.5));
+      p.drawLine(QPointF(14.5, 9.5), QPointF(9.5, 14.5));
+    } else {
+      p.setPen(QPen(kInk, 1.5));
+      p.drawLine(QPointF(12.5, 11), QPointF(12.5, 15.5));
+      p.drawLine(QPointF(10.3, 13.2), QPointF(14.7, 13.2));
+    }
+  } else if (is("syncmsg") || is("syncupdate")) {
+    // Two pages with the same row marked.
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 2.5, 6, 11));
+    p.drawRect(QRectF(8.5, 2.5, 6, 11));
+    const QColor mark = is("syncmsg") ? QColor(0xff, 0xc8, 0x40) : kAccent.lighter(140);
+    p.fillRect(QRectF(2, 7, 5, 2.5), mark);
+    p.fillRect(QRectF(9, 7, 5, 2.5), mark);
+    p.setPen(QPen(kAccent, 1));
+    p.drawLine(QPointF(6, 8.2), QPointF(10, 8.2));
+  } else if (is("modifyview")) {
+    // A funnel over a page: the view's filter.
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 5.5, 8, 9));
+    Lines(p, 3, 8.5, 5, 3, 2);
+    p.setBrush(kAccent);
+    p.drawPolygon(QPolygonF({QPointF(7.5, 1.5), QPointF(15, 1.5), QPointF(12, 6), QPointF(12, 10), QPointF(10.5, 9),
+                             QPointF(10.5, 6)}));
   } else if (is("exit")) {
     p.setPen(QPen(kInk, 1));
     p.setBrush(kPaper);
@@ -181,6 +297,15 @@ QIcon ShellGlyph(const char* name) {
     icon.addPixmap(pixmap);
   }
   return icon;
+}
+
+QPixmap NavigatorGlyph(const TZTImageList* images, int code) {
+  constexpr int kCustomImage = 46;  // after the table's codes
+  const int image = code >= ztmReserved ? kCustomImage : code;
+  if (images && images->HasImage(image)) return images->Image(image);
+  if (code == ztmResetSeparator) return ShellGlyph("resetseparator").pixmap(16, 16);
+  if (code == ztmAppStartSeparator) return ShellGlyph("appstartseparator").pixmap(16, 16);
+  return QPixmap();
 }
 
 QPixmap ScratchPadLight(int index, int size) {

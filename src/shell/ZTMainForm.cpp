@@ -32,6 +32,7 @@
 #include <QTimer>
 #include <QToolBar>
 #include <QToolButton>
+#include <algorithm>
 #include <array>
 #include <span>
 #include <QToolButton>
@@ -46,6 +47,7 @@
 #include "ZTNavigator.h"
 #include "ZTPromptService.h"
 #include "ZTSound.h"
+#include "ZTViewFilterForm.h"
 #include "ZentrailMessageSet.h"
 
 namespace zentrail {
@@ -357,6 +359,28 @@ void TFrmViewer::CreateCommands() {
         this, QStringLiteral("Zentrail Live Viewer 5.0\n\nShows the messages of traced programs as they run."),
         TZTPromptKind::Information, QStringLiteral("About Zentrail"));
   });
+  add("actViewModify", "&Modify View...", "Modify View Criteria", QKeySequence(Qt::CTRL | Qt::Key_M), "modifyview",
+      [this] {
+        IZTMessageView* view = ActiveView();
+        if (!view || ActiveViewIndex() <= 0) return;
+        TfrmViewFilter dialog(nbkViews);
+        dialog.setWindowTitle(QStringLiteral("Modify Current View"));
+        dialog.SetHelpKeyword(QStringLiteral("Viewer_Commands_Organize_ModifyView"));
+        TZTFilterCriteria criteria;
+        view->GetFilterCriteria(criteria);
+        dialog.SetCriteria(criteria, view->GetName());
+        if (FNavigator->RunDialog(dialog) != QDialog::Accepted) return;
+        QString name;
+        try {
+          dialog.GetCriteria(criteria, name);
+        } catch (const std::exception&) {
+          PromptService().ShowMessage(nbkViews, QStringLiteral("The process ID must be a number."),
+                                      TZTPromptKind::Error);
+          return;
+        }
+        ModifyView(view, name, criteria);
+      });
+  FNavigator->CreateCommands();
 }
 
 void TFrmViewer::CreateMenus() {
@@ -373,6 +397,7 @@ void TFrmViewer::CreateMenus() {
   addAll(bar->addMenu(QStringLiteral("&File")), {"actPrintInspectorContents", "-", "actExit"});
   addAll(bar->addMenu(QStringLiteral("&Edit")), {"actCopyMessageText", "actCopyInspectorContents", "-", "actAddSeparator", "actAddResetSeparator",
                                                  "-", "actClear", "actClearAll", "-", "actSelectAll"});
+  FNavigator->FillSearchMenu(bar->addMenu(QStringLiteral("&Search")));
   QMenu* view = bar->addMenu(QStringLiteral("&View"));
   addAll(view, {"actViewDetailPanel", "actViewInspector", "actFullSizeInspector", "actInspectorOnBottom", "-",
                 "actViewScratchPad", "actViewCallStack", "-", "actAutoScroll", "actFlattenStructure", "-",
@@ -383,13 +408,15 @@ void TFrmViewer::CreateMenus() {
   addAll(bar->addMenu(QStringLiteral("&Methods")), {"actAutoCollapse", "-", "actMethodMatch", "actCurrentMethod", "-",
                                                     "actToggleMethod", "-", "actExpandAll", "actExpandToEnd",
                                                     "actCollapseAll"});
+  addAll(bar->addMenu(QStringLiteral("&Organize")), {"actViewModify"});
   addAll(bar->addMenu(QStringLiteral("&Tools")), {"actBlockMessages"});
   addAll(bar->addMenu(QStringLiteral("&Help")), {"actHelpAbout"});
 
   mnuMessageList = new QMenu(this);
   mnuMessageList->setObjectName(QStringLiteral("mnuMessageList"));
   addAll(mnuMessageList, {"actCopyMessageText", "-", "actAddSeparator", "actAddResetSeparator", "-", "actToggleMethod",
-                          "actMethodMatch", "actCurrentMethod", "-", "actClear", "actSelectAll"});
+                          "actMethodMatch", "actCurrentMethod", "-", "actFind", "actFindNext", "actJumpToMsg", "-",
+                          "actClear", "actSelectAll"});
 }
 
 void TFrmViewer::CreateToolbars() {
@@ -411,8 +438,13 @@ void TFrmViewer::CreateToolbars() {
                    "actFlattenStructure", "-", "actBlockMessages"});
   addToolBar(Qt::TopToolBarArea, tbrMain);
 
-  addAll(tbrView, {"actAddSeparator", "actAddResetSeparator", "-", "actClear", "-", "actMethodMatch",
-                   "actCurrentMethod", "actToggleMethod", "-", "actCopyMessageText"});
+  addAll(tbrView, {"actAddSeparator", "actAddResetSeparator", "-", "actClear", "-"});
+  FNavigator->AddNavigatorButtons(tbrView);
+  addAll(tbrView, {"-", "actMethodMatch", "actCurrentMethod", "actToggleMethod", "-"});
+  FNavigator->AddSearchButtons(tbrView);
+  tbrView->addSeparator();
+  FNavigator->AddBookmarkButtons(tbrView);
+  addAll(tbrView, {"-", "actSyncMsgMode", "-", "actCopyMessageText"});
 }
 
 void TFrmViewer::CreateStatusBar() {
@@ -429,6 +461,7 @@ void TFrmViewer::CreateStatusBar() {
   stsTimeDiff = pane("stsTimeDiff");
   stsTimeDiff->setMinimumWidth(80);
   stsMsgNum = pane("stsMsgNum");
+  stsMsgNum->setToolTip(QStringLiteral("Jump to Message"));
   stsMsgCount = pane("stsMsgCount");
   stsSelCount = pane("stsSelCount");
   stsProject = pane("stsProject");
@@ -688,8 +721,8 @@ void TFrmViewer::ActivateView(IZTMessageView* view) {
 }
 
 void TFrmViewer::PopulateView(IZTMessageView* view) {
-  // Auto-scroll off and no painting while every stored record is offered once; both come back
-  // on every way out.
+  // Auto-scroll off and one update bracket while every stored record is offered once; both come
+  // back on every way out, and so does the progress bar.
   struct TRestore {
     TFrmViewer& Window;
     IZTMessageView* View;
@@ -697,19 +730,77 @@ void TFrmViewer::PopulateView(IZTMessageView* view) {
     ~TRestore() {
       Window.FAutoScroll = AutoScroll;
       Window.FPopulating = false;
-      View->GetWidget()->setUpdatesEnabled(true);
+      View->EndUpdate();
       View->UpdateSettings();
+      Window.SetProgress(0);
     }
-  } restore{*this, view, FAutoScroll};
+  };
+  view->BeginUpdate();
+  TRestore restore{*this, view, FAutoScroll};
   FAutoScroll = false;
   FPopulating = true;
-  view->GetWidget()->setUpdatesEnabled(false);
   view->UpdateSettings();
   const int32_t count = MessageSet.GetRecordCount();
+  // The bar moves in hundredths, so that a large store costs one repaint per percent and a
+  // message costs a counter.
+  SetProgressMax(100);
+  const int32_t stride = std::max<int32_t>(1, count / 100);
+  int32_t untilStep = stride;
   for (int32_t rec = 1; rec <= count; ++rec) {
     MessageSet.GotoRec(rec);
     view->AddMessage(false);
+    if (--untilStep == 0) {
+      untilStep = stride;
+      StepProgress();
+      pbrComplete->repaint();
+    }
   }
+}
+
+bool TFrmViewer::ModifyView(IZTMessageView* view, const QString& name, const TZTFilterCriteria& criteria) {
+  const auto found = std::find(FViews.begin(), FViews.end(), view);
+  if (found == FViews.end()) return false;
+  const int index = static_cast<int>(found - FViews.begin());
+  TZTFilterCriteria previous;
+  view->GetFilterCriteria(previous);
+  const QString previousName = view->GetName();
+  view->SetName(name);
+  tabViews->setTabText(index, name);
+  try {
+    view->SetFilterCriteria(criteria);
+  } catch (const EZTRegExError& e) {
+    // The rows still answer to the old filter, so the old filter, name and caption stay with them.
+    view->SetName(previousName);
+    tabViews->setTabText(index, previousName);
+    try {
+      view->SetFilterCriteria(previous);
+    } catch (const EZTRegExError&) {
+    }
+    PromptService().ShowMessage(
+        nbkViews,
+        QStringLiteral("The message text \"%1\" is not a valid regular expression:\n%2")
+            .arg(QString::fromStdString(criteria.MessageText), QString::fromUtf8(e.what())),
+        TZTPromptKind::Error);
+    UpdateCommandStates();
+    return false;
+  }
+  {
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    struct TRestore {
+      IZTMessageView* View;
+      ~TRestore() {
+        View->EndUpdate();
+        QGuiApplication::restoreOverrideCursor();
+      }
+    };
+    view->BeginUpdate();
+    TRestore restore{view};
+    view->ClearView();
+    PopulateView(view);
+  }
+  FViewsModified = true;
+  UpdateCommandStates();
+  return true;
 }
 
 IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCriteria& filter, bool modified,
@@ -749,6 +840,8 @@ void TFrmViewer::tabViewsChange(int index) {
   if (index < 0 || index >= ViewCount()) return;
   nbkViews->setCurrentIndex(index);
   BindActiveView();
+  // The user sees the same moment in each view.
+  FNavigator->ActiveViewChanged();
   UpdateMessageDetails();
   UpdateCommandStates();
 }
@@ -955,10 +1048,11 @@ void TFrmViewer::ShowInspector() {
   std::array<int32_t, 2> pair{0, 0};
   std::span<const int32_t> recNos;
   if (selected == 2 && view) {
+    // The view answers with record numbers, not rows.
     int32_t first = -1, last = -1;
     view->GetFirstLastSelections(first, last);
-    if (first >= 0 && last >= 0) {
-      pair = {view->GetMsgRecNo(first), view->GetMsgRecNo(last)};
+    if (first > 0 && last > 0) {
+      pair = {first, last};
       recNos = pair;
     }
   }
@@ -1001,6 +1095,7 @@ void TFrmViewer::UpdateMessageDetails() {
     return;
   }
   FActiveList->SelectCurrentRecord();
+  FNavigator->MessageSelected();
   TZentrailTimeStamp stamp = MessageSet.GetTimeStamp();
   TZTDateTimeParts parts;
   QDate date;
@@ -1133,7 +1228,9 @@ void TFrmViewer::UpdateCommandStates() {
     set(n, !FFullSizeInspector);
   set("actViewPrior", ActiveViewIndex() > 0);
   set("actViewNext", ActiveViewIndex() + 1 < ViewCount());
+  set("actViewModify", ActiveViewIndex() > 0);
 
+  FNavigator->UpdateCommandStates(hasRows, hasFocus);
   UpdateStatusCounts();
 }
 
@@ -1156,7 +1253,20 @@ void TFrmViewer::SetProgress(int32_t position) { pbrComplete->setValue(position)
 void TFrmViewer::StepProgress() { pbrComplete->setValue(pbrComplete->value() + 1); }
 
 TZTImageList* TFrmViewer::GetImageList(int kind) {
-  return kind == ztImlScratchPad ? FScratchPadImages.get() : nullptr;
+  switch (kind) {
+    case ztImlMsgIcons:
+      return FNavigator->MessageImages();
+    case ztImlNavMsgType:
+      return FNavigator->NavMsgTypeImages();
+    case ztImlNavMsgContent:
+      return FNavigator->NavMsgContentImages();
+    case ztImlScratchPad:
+      return FScratchPadImages.get();
+    case ztImlBookmarkIcons:
+      return FNavigator->BookmarkImages();
+    default:
+      return nullptr;
+  }
 }
 
 // ---------------------------------------------------------------------------------------------------
@@ -1184,6 +1294,11 @@ void TFrmViewer::dropEvent(QDropEvent* event) {
 }
 
 bool TFrmViewer::eventFilter(QObject* watched, QEvent* event) {
+  // The message number in the status bar is the way to the jump dialog.
+  if (watched == stsMsgNum && event->type() == QEvent::MouseButtonRelease) {
+    if (QAction* jump = Action(QStringLiteral("actJumpToMsg")); jump && jump->isEnabled()) jump->trigger();
+    return true;
+  }
   // The window sees Ctrl+Tab before any of its controls.
   if (event->type() == QEvent::KeyPress && isActiveWindow()) {
     auto* key = static_cast<QKeyEvent*>(event);

@@ -10,6 +10,7 @@
 
 #include "ZTDateTime.h"
 #include "ZTMainForm.h"
+#include "ZTNavigator.h"
 #include "ZTPromptService.h"
 #include "ZTSound.h"
 #include "ZentrailMessageSet.h"
@@ -169,6 +170,7 @@ template <typename TMessage>
 void TFrmViewer::StoreMessageT(const TMessage& message) {
   MessageSet.AppendMessage(message, FNextMessageID);
   ++FNextMessageID;
+  FNavigator->MessageStored(message.MsgType, message.MsgContent);
   FanOut();
 }
 

@@ -4,15 +4,41 @@
 // user chose (the kind of message to step to, the search text and its options, the sync mode)
 // and keeps the commands' enabled states in step with the focused row.
 
+#include <QKeySequence>
 #include <QObject>
+#include <QString>
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "ZTRegEx.h"
+
+class QAction;
+class QDialog;
+class QMenu;
+class QMenuBar;
+class QToolBar;
+class QToolButton;
 
 namespace zentrail {
 
 class TFrmViewer;
+class TZTImageList;
+
+// One navigator choice of the type or content lists: the command's name, caption, tag and code.
+struct TZTNavChoice {
+  const char* Name;
+  const char* Caption;
+  int32_t Tag;
+  int32_t Code;
+};
+
+// The navigator's message types and contents in the order of their lists; the last entry of each
+// is the "match any" choice with tag and code -1.
+extern const std::vector<TZTNavChoice>& NavMsgTypeChoices();
+extern const std::vector<TZTNavChoice>& NavMsgContentChoices();
 
 class TZTNavigator : public QObject {
   Q_OBJECT
@@ -26,6 +52,7 @@ class TZTNavigator : public QObject {
   bool NavigatorAutomatic() const { return FNavigatorAutomatic; }
   bool NavigatorTimeDiff() const { return FNavigatorTimeDiff; }
   int32_t TimeDiffNavThreshold() const { return FTimeDiffNavThreshold; }  // ms
+  // In time-difference mode the type is not stored: the type button shows the mode instead.
   void SetNavigatorMsgType(int32_t code);
   void SetNavigatorMsgContent(int32_t code);
   void SetNavigatorAutomatic(bool on);
@@ -42,13 +69,90 @@ class TZTNavigator : public QObject {
   // Clearing every bookmark asks first unless the user switched the question off.
   bool ConfirmOnClearBookmarks = true;
 
+  // ---- The synchronised message: the record every view marks and jumps to on a tab change.
+  bool SyncMsgMode() const { return FSyncMsgMode; }
+  int32_t SyncRecNo() const { return FSyncRecNo; }
+  void UpdateSyncMsg();
+
+  // ---- What the window calls.
+  // Makes every command of this side; the window's settings are read after this.
+  void CreateCommands();
+  void FillSearchMenu(QMenu* menu);
+  // The navigator's group of the view toolbar: first, previous, type and content buttons, next, last.
+  void AddNavigatorButtons(QToolBar* bar);
+  void AddSearchButtons(QToolBar* bar);
+  // Toggle and jump buttons with their bookmark menus, and clear.
+  void AddBookmarkButtons(QToolBar* bar);
+  // Enabled and checked states of this side's commands; called from UpdateCommandStates.
+  void UpdateCommandStates(bool hasRows, bool hasFocus);
+  void UpdateNavigationCommands();
+  // The store stands on the newly selected message.
+  void MessageSelected();
+  // After the active view changed: it shows the synchronised message, if there is one.
+  void ActiveViewChanged();
+  // The live road: only an exact match of the choice, never a walk.
+  void MessageStored(int32_t msgType, int32_t msgContent) {
+    if (!FNavigatorTimeDiff && msgType == FNavigatorMsgType && msgContent == FNavigatorMsgContent &&
+        !FNextLastEnabled)
+      EnableNextAndLast();
+  }
+  TZTImageList* NavMsgTypeImages() const { return FNavMsgTypeImages; }
+  TZTImageList* NavMsgContentImages() const { return FNavMsgContentImages; }
+  TZTImageList* MessageImages() const { return FMessageImages; }
+  TZTImageList* BookmarkImages() const { return FBookmarkImages; }
+  QToolButton* NavMsgTypeButton() const { return btnNavMsgTypeSelect; }
+  QToolButton* NavMsgContentButton() const { return btnNavMsgContentSelect; }
+  const std::vector<QAction*>& NavMsgTypeActions() const { return aclNavMsgType; }
+  const std::vector<QAction*>& NavMsgContentActions() const { return aclNavMsgContent; }
+  const std::vector<QAction*>& BookmarkActions() const { return aclBookmarks; }
+
+  // Runs the navigator's own dialogs; tests put a function here that fills and closes them.
+  std::function<int(QDialog&)> RunDialog;
+  // Whether Alt is held as the selection changes; tests replace it.
+  std::function<bool()> AltHeld;
+
  private:
+  QAction* AddAction(const char* name, const QString& caption, const QString& hint, const QKeySequence& key, const char* glyph,
+                     std::function<void()> handler, bool checkable = false);
+  // Runs a command: what it raises is shown to the user and goes no further.
+  void Guarded(const std::function<void()>& command);
+  void Navigate(int32_t direction);
+  void Find();
+  void FindNext();
+  void JumpToMsg();
+  void ToggleBookmark(int32_t index);
+  void JumpToBookmark(int32_t index);
+  void ClearBookmarks();
+  void SelectNavMsg();
+  void TimeDiffCommand();
+  void FlipSyncMsgMode();
+  void EnableNextAndLast();
+  void ShowChoiceOnButton(QToolButton* button, QAction* action, int32_t code, bool content);
+  QAction* Act(const char* name) const;
+
   TFrmViewer& FWindow;
   int32_t FNavigatorMsgType = 3;
   int32_t FNavigatorMsgContent = 7;
   bool FNavigatorAutomatic = true;
   bool FNavigatorTimeDiff = false;
   int32_t FTimeDiffNavThreshold = 1000;
+  bool FSyncMsgMode = false;
+  int32_t FSyncRecNo = -1;
+  bool FNextLastEnabled = false;
+
+  std::vector<QAction*> aclNavMsgType;
+  std::vector<QAction*> aclNavMsgContent;
+  std::vector<QAction*> aclBookmarks;  // toggles 0..9, then jumps 0..9
+  QMenu* mnuNavMsgType = nullptr;
+  QMenu* mnuNavMsgContent = nullptr;
+  QMenu* mnuBtnToggleBookmarks = nullptr;
+  QMenu* mnuBtnJumpToBookmarks = nullptr;
+  QToolButton* btnNavMsgTypeSelect = nullptr;
+  QToolButton* btnNavMsgContentSelect = nullptr;
+  TZTImageList* FNavMsgTypeImages = nullptr;
+  TZTImageList* FNavMsgContentImages = nullptr;
+  TZTImageList* FMessageImages = nullptr;
+  TZTImageList* FBookmarkImages = nullptr;
 };
 
 }  // namespace zentrail
