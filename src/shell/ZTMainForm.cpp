@@ -823,7 +823,19 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
   tabViews->blockSignals(false);
   nbkViews->setCurrentIndex(previous);
   view->SetName(name);
-  if (auto* list = dynamic_cast<IZTMessageViewList*>(view)) list->SetFilterCriteria(filter);
+  if (auto* list = dynamic_cast<IZTMessageViewList*>(view)) {
+    try {
+      list->SetFilterCriteria(filter);
+    } catch (const EZTRegExError& e) {
+      // The view still comes, so that a project keeps its views; its text test takes nothing
+      // until the user corrects the pattern with Modify View.
+      PromptService().ShowMessage(
+          nbkViews,
+          QStringLiteral("The message text \"%1\" of view \"%2\" is not a valid regular expression:\n%3")
+              .arg(QString::fromStdString(filter.MessageText), name, QString::fromUtf8(e.what())),
+          TZTPromptKind::Error);
+    }
+  }
   FViews.push_back(view);
   if (activate) PopulateView(view);
   ActivateView(view);

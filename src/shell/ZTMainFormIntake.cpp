@@ -241,6 +241,7 @@ void TFrmViewer::ClearMessages(bool clearAll) {
     MessageSet.Open();
     FSeenProcessIDs.clear();
     for (IZTMessageView* view : FViews) view->ClearView();
+    FNavigator->StoreEmptied();
   } else if (IZTMessageView* view = ActiveView()) {
     view->ClearView();
   }

@@ -489,6 +489,11 @@ void TZTNavigator::UpdateSyncMsg() {
   for (IZTMessageView* v : FWindow.FViews) v->SetSyncMsgRecNo(FSyncRecNo);
 }
 
+void TZTNavigator::StoreEmptied() {
+  FSyncRecNo = -1;
+  for (IZTMessageView* v : FWindow.FViews) v->SetSyncMsgRecNo(-1);
+}
+
 void TZTNavigator::FlipSyncMsgMode() {
   FSyncMsgMode = !FSyncMsgMode;
   UpdateSyncMsg();

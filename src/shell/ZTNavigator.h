@@ -73,6 +73,8 @@ class TZTNavigator : public QObject {
   bool SyncMsgMode() const { return FSyncMsgMode; }
   int32_t SyncRecNo() const { return FSyncRecNo; }
   void UpdateSyncMsg();
+  // Record numbers start again at 1 in an emptied store, so the synchronised one means nothing.
+  void StoreEmptied();
 
   // ---- What the window calls.
   // Makes every command of this side; the window's settings are read after this.

@@ -468,9 +468,15 @@ TEST_F(NavigationTest, SynchronisedMessageFollowsTheUserAcrossViews) {
   Nav().AltHeld = [] { return false; };
   Act("actUpdateSyncMsg")->trigger();
   EXPECT_EQ(Nav().SyncRecNo(), 2);
-  Act("actSyncMsgMode")->trigger();
+  // Emptying the store forgets the record: its number will be a different message soon.
+  Nav().AltHeld = [] { return true; };
+  Focus(RowOfRecord(5));
+  ASSERT_EQ(Concrete(1).SyncMsgRecNo(), 5);
+  Viewer->ClearMessages(true);
   EXPECT_EQ(Nav().SyncRecNo(), -1);
   EXPECT_EQ(Concrete(1).SyncMsgRecNo(), -1);
+  Act("actSyncMsgMode")->trigger();
+  EXPECT_FALSE(Nav().SyncMsgMode());
 }
 
 TEST_F(NavigationTest, ModifyViewRefillsInOneBracketAndRefusesABadPattern) {
@@ -544,6 +550,15 @@ TEST_F(NavigationTest, ModifyViewRefillsInOneBracketAndRefusesABadPattern) {
   viewer->SetActiveViewIndex(0);
   viewer->UpdateCommandStates();
   EXPECT_FALSE(modify->isEnabled()) << "the fixed view is not modified";
+
+  // A new view with such a pattern (a hand-edited project) still comes, and says why it shows nothing.
+  prompts.Prompts.clear();
+  IZTMessageView* created = viewer->CreateView("Bad", broken, false, true, "Default");
+  ASSERT_NE(created, nullptr);
+  EXPECT_EQ(viewer->ViewCount(), 3);
+  EXPECT_EQ(created->GetCount(), 0);
+  ASSERT_EQ(prompts.Prompts.size(), 1u);
+  EXPECT_TRUE(prompts.Prompts.front().Text.contains("\"Bad\""));
 }
 
 TEST_F(NavigationTest, ScreenshotOfTheViewToolbarAndSearchMenu) {
