@@ -67,9 +67,14 @@ bool TZTRegEx::Match(std::string_view text) const {
   const auto subject = reinterpret_cast<PCRE2_SPTR>(text.data());
   // The JIT entry skips the option checks of the general one; it never checks UTF, which suits the
   // store, whose text is valid UTF-8 throughout.
-  const int rc = FCode->Jit ? pcre2_jit_match(FCode->Pattern, subject, text.size(), 0, 0, FCode->MatchData, nullptr)
-                            : pcre2_match(FCode->Pattern, subject, text.size(), 0, PCRE2_NO_UTF_CHECK,
-                                          FCode->MatchData, nullptr);
+  int rc = PCRE2_ERROR_JIT_STACKLIMIT;
+  if (FCode->Jit) rc = pcre2_jit_match(FCode->Pattern, subject, text.size(), 0, 0, FCode->MatchData, nullptr);
+  // The machine code runs on a small fixed stack; a pattern that backtracks deeply over a long text
+  // outgrows it, and the interpreter, which keeps its frames on the heap, tries again. Without JIT
+  // support the interpreter is all there is.
+  if (rc == PCRE2_ERROR_JIT_STACKLIMIT)
+    rc = pcre2_match(FCode->Pattern, subject, text.size(), 0, PCRE2_NO_UTF_CHECK | PCRE2_NO_JIT, FCode->MatchData,
+                     nullptr);
   // An error such as a spent match limit counts as no match: a filter or search can't fail midway.
   return rc >= 0;
 }
