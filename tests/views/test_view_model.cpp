@@ -1,7 +1,6 @@
 // The view model over the real store: items, rows, indents, the type-43 rewrite, clearing, the
 // indent reset, filtering at the door and the selection flags.
 
-#include <map>
 
 #include "ViewTestSupport.h"
 
@@ -176,31 +175,6 @@ TEST_F(ViewModel, FilterDecidesAtTheDoorAndAutoScrollFollowsOnlyTakers) {
   EXPECT_EQ(all.GetCount(), 103);
   EXPECT_EQ(all.TopIndex(), all.GetCount() - all.VisibleRows());
   EXPECT_EQ(errors.TopIndex(), 0);
-
-  // Names compare whole, ignoring ASCII case; the text is a case-insensitive pattern anywhere.
-  TZTMessageView byName;
-  TZTFilterCriteria c;
-  c.CheckAppName = true;
-  c.AppName = "DeMo";
-  c.CheckMessageText = true;
-  c.MessageText = "ERR(or)?\\b";
-  byName.SetFilterCriteria(c);
-  Store(ztmInfo, "an error here", {&byName});
-  Store(ztmInfo, "errand", {&byName});
-  EXPECT_EQ(RowTexts(byName), (Texts{"an error here"}));
-  c.MessageText = "([unclosed";
-  EXPECT_THROW(byName.SetFilterCriteria(c), EZTRegExError);
-
-  // Type or content: a Warning carrying a bitmap passes a filter on either.
-  TZTMessageView bitmaps;
-  TZTFilterCriteria b;
-  b.CheckMsgTypes = true;
-  b.MsgContentSet.set(ztmBitmap);
-  bitmaps.SetFilterCriteria(b);
-  Store(ztmWarning, "picture", {&bitmaps}, ztmBitmap);
-  Store(ztmWarning, "plain", {&bitmaps}, ztmText);
-  Store(1000, "custom with bitmap", {&bitmaps}, ztmBitmap);
-  EXPECT_EQ(RowTexts(bitmaps), (Texts{"picture", "custom with bitmap"}));
 }
 
 TEST_F(ViewModel, SelectionFlagsFollowItemsAndCollapsedRows) {
@@ -249,98 +223,6 @@ TEST_F(ViewModel, SelectionFlagsFollowItemsAndCollapsedRows) {
   // IsSelected answers false outside the rows instead of failing.
   EXPECT_FALSE(view.IsSelected(-1));
   EXPECT_FALSE(view.IsSelected(99));
-}
-
-TEST_F(ViewModel, BookmarksHoldRecordsAndJumpToTheNextLaterRow) {
-  TZTMessageView view;
-  for (int i = 0; i < 6; ++i) Store(ztmInfo, "m" + std::to_string(i), {&view});
-  view.SetFocusedMsgIndex(3);
-  view.ToggleBookmark(1);
-  EXPECT_EQ(view.GetBookmark(1), 4);
-  EXPECT_EQ(view.FindBookmark(4), 1);
-  view.ToggleBookmark(1);
-  EXPECT_EQ(view.GetBookmark(1), -1);
-  view.ToggleBookmark(2);
-  view.SetFocusedMsgIndex(0);
-  view.JumpToBookmark(2);
-  EXPECT_EQ(view.GetFocusedMsgIndex(), 3);
-  EXPECT_EQ(SelectedRows(view), Ints{3});
-  EXPECT_THROW(view.ToggleBookmark(10), std::out_of_range);
-
-  // A record the view doesn't hold: the next later message it holds.
-  TZTMessageView odd;
-  TZTFilterCriteria c;
-  c.CheckMessageText = true;
-  c.MessageText = "m[135]";
-  odd.SetFilterCriteria(c);
-  for (int32_t rec = 1; rec <= MessageSet.GetRecordCount(); ++rec) {
-    MessageSet.GotoRec(rec);
-    odd.AddMessage(false);
-  }
-  ASSERT_EQ(RowTexts(odd), (Texts{"m1", "m3", "m5"}));
-  odd.JumpToMsgRecNo(3);  // holds "m2", which odd refused
-  EXPECT_EQ(odd.GetFocusedMsgIndex(), 1);
-}
-
-class TMapSettings : public ICustomViewReadSettings, public ICustomViewWriteSettings {
- public:
-  std::string ReadString(const std::string& key, const std::string& d) override {
-    auto it = Values.find(key);
-    return it == Values.end() ? d : it->second;
-  }
-  int32_t ReadInteger(const std::string& key, int32_t d) override {
-    auto it = Values.find(key);
-    return it == Values.end() ? d : std::stoi(it->second);
-  }
-  bool ReadBool(const std::string& key, bool d) override {
-    auto it = Values.find(key);
-    return it == Values.end() ? d : it->second == "1";
-  }
-  double ReadFloat(const std::string& key, double d) override {
-    auto it = Values.find(key);
-    return it == Values.end() ? d : std::stod(it->second);
-  }
-  void WriteString(const std::string& key, const std::string& v) override { Values[key] = v; Order.push_back(key); }
-  void WriteInteger(const std::string& key, int32_t v) override { WriteString(key, std::to_string(v)); }
-  void WriteBool(const std::string& key, bool v) override { WriteString(key, v ? "1" : "0"); }
-  void WriteFloat(const std::string& key, double v) override { WriteString(key, std::to_string(v)); }
-  std::map<std::string, std::string> Values;
-  std::vector<std::string> Order;
-};
-
-TEST_F(ViewModel, FilterSettingsRoundTripThroughTheViewSection) {
-  TZTMessageView view;
-  TZTFilterCriteria c;
-  c.CheckThreadName = true;
-  c.ThreadName = "worker";
-  c.CheckMsgTypes = true;
-  c.MsgTypeSet.set(ztmError);
-  c.MsgTypeSet.set(100);
-  c.MsgContentSet.set(ztmBitmap);
-  c.MessageText = "not written while unchecked";
-  view.SetFilterCriteria(c);
-  TMapSettings settings;
-  view.WriteSettings(settings);
-  EXPECT_EQ(settings.Order.front(), "CheckMsgTypes");
-  EXPECT_EQ(settings.Values.count("MessageText"), 0u);
-  EXPECT_EQ(settings.Values["MsgTypeSet"], std::string("001") + std::string(43, '0') + "1");
-  EXPECT_EQ(settings.Values["ThreadName"], "worker");
-
-  TZTMessageView reread;
-  reread.ReadSettings(settings);
-  TZTFilterCriteria back;
-  reread.GetFilterCriteria(back);
-  c.MessageText.clear();
-  EXPECT_EQ(back, c);
-
-  // A short set text of an older project gives its last character to code 100.
-  TMapSettings old;
-  old.Values = {{"CheckMsgTypes", "1"}, {"MsgTypeSet", "11"}};
-  reread.ReadSettings(old);
-  reread.GetFilterCriteria(back);
-  EXPECT_TRUE(back.MsgTypeSet.test(0));
-  EXPECT_FALSE(back.MsgTypeSet.test(1));
-  EXPECT_TRUE(back.MsgTypeSet.test(100));
 }
 
 }  // namespace

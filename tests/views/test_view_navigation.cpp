@@ -61,9 +61,11 @@ TEST_F(ViewNavigation, BookmarksFindTheirRecordsThroughCollapseExpandAndDeletion
   EXPECT_EQ(FocusedText(view), "e1 deep");
   EXPECT_EQ(RowTexts(view), (Texts{"start", "M", "w1 inside", "N", "e1 deep", "N", "w2 inside", "M", "w3 outside", "end"}));
   EXPECT_EQ(SelectedRows(view), Ints{4});
-  // A bookmark that holds nothing does nothing.
+  // A bookmark that holds nothing does nothing; there are ten.
   view.JumpToBookmark(0);
   EXPECT_EQ(FocusedText(view), "e1 deep");
+  EXPECT_THROW(view.ToggleBookmark(10), std::out_of_range);
+  EXPECT_THROW(view.GetBookmark(-1), std::out_of_range);
 
   // A bookmarked row that was deleted: the jump lands on the next later row of the view.
   view.RemoveAllSelections();
