@@ -581,4 +581,9 @@ TEST_F(NavigationTest, ScreenshotOfTheViewToolbarAndSearchMenu) {
   QByteArray dir = qgetenv("ZENTRAIL_SCREENSHOT_DIR");
   EXPECT_TRUE(shot.save(dir.isEmpty() ? QString::fromStdString((TempRoot() / "navigation.png").string())
                                       : QDir(QString::fromUtf8(dir)).filePath("navigation.png")));
+  // The toolbar's glyphs at twice their size, to judge them.
+  QImage toolbar = bar->grab().toImage();
+  toolbar = toolbar.scaled(toolbar.size() * 2, Qt::KeepAspectRatio, Qt::FastTransformation);
+  EXPECT_TRUE(toolbar.save(dir.isEmpty() ? QString::fromStdString((TempRoot() / "view-toolbar.png").string())
+                                         : QDir(QString::fromUtf8(dir)).filePath("view-toolbar.png")));
 }
