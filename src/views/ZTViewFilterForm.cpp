@@ -366,13 +366,30 @@ void TfrmViewFilter::FillFromStore() {
   TZentrailMessageSet& ms = MessageSet;
   const int32_t saved = ms.RecNo;
   const int32_t count = ms.GetRecordCount();
+  // Neighbouring records mostly come from one sender, whose interned texts are the very same
+  // bytes: those skip the hashing.
+  struct TLast {
+    const char* Data = nullptr;
+    size_t Size = 0;
+  };
+  std::array<TLast, 4> last{};
+  uint32_t lastPid = 0;
+  bool anyPid = false;
+  auto note = [](std::unordered_set<std::string_view>& set, TLast& prev, std::string_view text) {
+    if (text.data() == prev.Data && text.size() == prev.Size) return;
+    prev = {text.data(), text.size()};
+    set.insert(text);
+  };
   for (int32_t rec = 1; rec <= count; ++rec) {
     ms.GotoRec(rec);
-    categories.insert(ms.GetCategory());
-    computers.insert(ms.GetComputerName());
-    apps.insert(ms.GetAppName());
-    pids.insert(ms.GetProcessID());
-    threads.insert(ms.GetThreadName());
+    note(categories, last[0], ms.GetCategory());
+    note(computers, last[1], ms.GetComputerName());
+    note(apps, last[2], ms.GetAppName());
+    note(threads, last[3], ms.GetThreadName());
+    const uint32_t pid = ms.GetProcessID();
+    if (!anyPid || pid != lastPid) pids.insert(pid);
+    lastPid = pid;
+    anyPid = true;
   }
   if (saved >= 1 && saved <= count) ms.GotoRec(saved);
   std::vector<std::string> pidTexts;
