@@ -744,7 +744,7 @@ void TFrmViewer::PopulateView(IZTMessageView* view) {
   // The bar moves in hundredths, so that a large store costs one repaint per percent and a
   // message costs a counter.
   SetProgressMax(100);
-  const int32_t stride = std::max<int32_t>(1, count / 100);
+  const int32_t stride = std::max<int32_t>(1, (count + 99) / 100);
   int32_t untilStep = stride;
   for (int32_t rec = 1; rec <= count; ++rec) {
     MessageSet.GotoRec(rec);

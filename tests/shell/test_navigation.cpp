@@ -544,9 +544,11 @@ TEST_F(NavigationTest, ModifyViewRefillsInOneBracketAndRefusesABadPattern) {
     form.ViewName()->setText("Everything");
     return int(QDialog::Accepted);
   };
+  viewer->Steps = 0;
   modify->trigger();
   EXPECT_EQ(second.GetName(), "Everything");
   EXPECT_EQ(second.GetCount(), 1001);
+  EXPECT_EQ(viewer->Steps, 91) << "1,001 records in strides of 11 never run past the end of the bar";
   viewer->SetActiveViewIndex(0);
   viewer->UpdateCommandStates();
   EXPECT_FALSE(modify->isEnabled()) << "the fixed view is not modified";
