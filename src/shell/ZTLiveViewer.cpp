@@ -1,12 +1,13 @@
 // The viewer process: the settings object, the single instance, the application, the main window
-// and the message loop, in that order.
+// and the message loop, in that order; the settings go to disk once the window is gone.
 #include <QApplication>
 #include <QFontDatabase>
+#include <cstdio>
 
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
 #include "ZTPromptService.h"
-#include "ZTSettings.h"
+#include "ZTSettingsStore.h"
 #include "ZTSignalCloser.h"
 #include "ZTSingleInstance.h"
 
@@ -25,14 +26,18 @@ QFont InterfaceFont() {
 
 int main(int argc, char** argv) {
   // The process-wide settings object comes first; everything after may read it.
-  ViewerSettings();
+  LoadViewerSettings();
 
   // The lock is tried before the display is opened, so that a second viewer ends at once and
   // silently even where it could not open a display; it never hands on its command line.
   TZTSingleInstance instance;
   std::string error;
   TZTSingleInstance::Result lock = instance.Acquire(error);
-  if (lock == TZTSingleInstance::Result::AlreadyRunning) return 0;
+  if (lock == TZTSingleInstance::Result::AlreadyRunning) {
+    // It read the file like any start and writes it back as it found it, as any end does.
+    FlushViewerSettings(error);
+    return 0;
+  }
 
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Zentrail Live Viewer"));
@@ -62,6 +67,9 @@ int main(int argc, char** argv) {
     viewer.show();
     status = QApplication::exec();
   }
+  // The window wrote its state into the object as it closed, also when a signal closed it.
+  // A failure here costs this run's settings and nothing else, so it is only reported.
+  if (!FlushViewerSettings(error)) std::fprintf(stderr, "zentrail-viewer: settings not saved: %s\n", error.c_str());
   instance.Release();
   return status;
 }

@@ -7,6 +7,7 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QStringList>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -41,6 +42,7 @@ class TZTSoundPlayer;
 class TZTDetailPanel;
 class TZTNavigator;
 class TZTInspectorPane;
+class TZTIniFile;
 
 // The custom view classes by key. The plug-in manager keeps this list once it exists; until then
 // the shell registers its own view class here at start.
@@ -61,6 +63,20 @@ TZTViewClassList& ViewClasses();
 extern bool ztAlwaysOnTop;
 
 enum class TZTPane { Inspector, CallStack, ScratchPad };
+
+// A font as the settings file keeps it. Name is the face asked for, kept even where this machine
+// lacks it (the font in use then falls back to the system's), so that a user's choice survives a
+// run on another desktop. Style is the file's style number (ztStyleBold and the others).
+struct TZTFontSetting {
+  QString Name;
+  int32_t Size = 8;
+  TColor Color = 0;
+  int32_t Style = 0;
+  bool operator==(const TZTFontSetting&) const = default;
+};
+
+// Message types 0 to 45 have an entry in the table of type styles; entry 0 is the default.
+inline constexpr int ztMsgTypeStyleCount = 46;
 
 class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCopyDataTarget {
   Q_OBJECT
@@ -132,6 +148,59 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool ConfirmOnClear = true;
   bool AutoSaveProject = true;
 
+  // ---- Settings kept for features that read them elsewhere (organizer, projects, log files,
+  // printing); the file gives them back unchanged whether or not they are used in this run.
+  uint8_t OrganizeBy = 0;  // 1 AppName, 2 Category, 4 ProcessID, 8 ThreadName, 16 ComputerName
+  bool AutoOrganize = false;
+  QString LastProject;
+  QString LastLogDir;
+  QString LastProjectDir;
+  bool PrintSelection = true;
+  int32_t PrintFontSize = 8;
+
+  // ---- The settings file
+  // Reads every section in its order; each value goes through the setter its command uses.
+  void LoadSettings();
+  // Writes every section to the settings object in memory; the disk follows at exit.
+  void SaveSettings();
+  static void ReadFont(const TZTIniFile& ini, const char* section, TZTFontSetting& font, const QString& defaultName);
+  static void WriteFont(TZTIniFile& ini, const char* section, const TZTFontSetting& font);
+  static void ReadMsgStyle(const TZTIniFile& ini, const char* keyPrefix, TZTMsgTypeStyle& entry);
+  static void WriteMsgStyle(TZTIniFile& ini, const char* keyPrefix, const TZTMsgTypeStyle& entry);
+  // The font a setting names, with the system's font of that kind where the face is missing.
+  static QFont RealizeFont(const TZTFontSetting& font, bool fixed);
+  // The face of the default inspector fonts: the first of the two that is installed.
+  static QString InspectorFontDefaultName();
+  static QString InspectorFixedFontDefaultName();
+
+  void SetMessageFont(const TZTFontSetting& font);
+  void SetInspectorFont(const TZTFontSetting& font);
+  void SetInspectorFixedFont(const TZTFontSetting& font);
+  const TZTFontSetting& MessageFontSetting() const { return FMessageFontSetting; }
+  const TZTFontSetting& InspectorFontSetting() const { return FInspectorFontSetting; }
+  const TZTFontSetting& InspectorFixedFontSetting() const { return FInspectorFixedFontSetting; }
+  // Column bits: 1 Category, 2 AppName, 4 ComputerName, 8 ProcessID, 16 ThreadName, 32 Date,
+  // 64 TimeStamp, 128 TimeDiff, 256 TimeOffset.
+  void SetColumnOptions(uint16_t options);
+  void SetHideExtraColumns(bool hide);
+  void SetWrapButtons(bool wrap);
+  bool WrapButtons() const { return FWrapButtons; }
+  // Colours of the rows, the panes and the inspectors, handed to every view and pane at once.
+  struct TZTDisplayColors {
+    TColor Marker, SyncMsg, Separator, InactiveSeparator, AppStartSeparator, Value, Highlight, HighlightFont;
+    bool RowShading;
+    TColor RowShadingColor;
+  };
+  TZTDisplayColors DisplayColors() const;
+  void SetDisplayColors(const TZTDisplayColors& colors);
+  TColor GetValueColor() const { return FValueColor; }
+  int ScratchPadLightColor() const { return FScratchPadLightColor; }
+
+  // The style of each message type; views read it through GetMsgTypeStyle.
+  std::array<TZTMsgTypeStyle, ztMsgTypeStyleCount> MsgTypeStyles{};
+  // Tells every view that the type styles changed.
+  void MsgTypeStylesChanged();
+
   // ---- State that tests and the command code read
   int32_t NextMessageID() const { return FNextMessageID; }
   const std::unordered_set<uint32_t>& SeenProcessIDs() const { return FSeenProcessIDs; }
@@ -194,10 +263,10 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void CreateToolbars();
   void CreateStatusBar();
   void CreateFixedView();
-  void LoadSettings();
-  void SaveSettings();
   // A face by name, or the system's font of that kind where the face is missing.
   static QFont ChooseFont(const QString& family, int pointSize, bool fixed);
+  void ApplySplitterSizes();
+  void ReadSplitterSizes();
 
   // The intake's fast road: a packet view goes to the store without a message object.
   template <typename TMessage>
@@ -283,6 +352,11 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool FRowShading = true;
   TColor FRowShadingColor = static_cast<TColor>(0xFF000010u);
   int FScratchPadLightColor = 0;
+  bool FWrapButtons = false;
+  TZTFontSetting FMessageFontSetting, FInspectorFontSetting, FInspectorFixedFontSetting;
+  // Far-pane sizes of splMain, splLeft and splRight; -1 keeps the design position. A pane that is
+  // hidden at exit keeps the size it had when last seen.
+  int32_t FMainSplitFixed = -1, FLeftSplitFixed = -1, FRightSplitFixed = -1;
 
   // ---- Scratch pad
   QStringList FScratchPadNames;

@@ -10,7 +10,7 @@
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
 #include "ZTPromptService.h"
-#include "ZTSettings.h"
+#include "ZTSettingsStore.h"
 #include "ZentrailMessageSet.h"
 
 namespace zentrail::test {
