@@ -98,25 +98,14 @@ class NavigationTest : public ShellFixture {
 };
 
 TEST_F(NavigationTest, CommandTableListsAndTheChoiceOnTheButtons) {
-  // The navigator's lists carry tags and codes as the command table has them.
   const auto& types = Nav().NavMsgTypeActions();
   ASSERT_EQ(types.size(), 23u);
-  EXPECT_EQ(types[4]->objectName(), "actNavException");
-  EXPECT_EQ(types[4]->data().toInt(), 4);
-  EXPECT_EQ(types[19]->text(), "ActNavSeparator");
-  EXPECT_EQ(types.back()->data().toInt(), -1);
   ASSERT_EQ(Nav().NavMsgContentActions().size(), 21u);
   ASSERT_EQ(Nav().BookmarkActions().size(), 20u);
+  // Bookmark keys: the digit of the shortcut is the bookmark the command acts on.
   EXPECT_EQ(Act("actToggleBookmark7")->shortcut(), QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_7));
-  EXPECT_EQ(Act("actJumpToBookmark0")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_0));
-  EXPECT_EQ(Act("actJumpToBookmark3")->text(), "Jump To Bookmark &3");
-  EXPECT_EQ(Act("actFind")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_F));
-  EXPECT_EQ(Act("actFindNext")->shortcut(), QKeySequence(Qt::Key_F3));
-  EXPECT_EQ(Act("actJumpToMsg")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_J));
-  EXPECT_EQ(Act("actSyncMsgMode")->shortcut(), QKeySequence(Qt::Key_F9));
-  EXPECT_EQ(Act("actNavPrevious")->shortcut(), QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Up));
-  for (const char* name : {"actSyncMsgMode", "actNavAutomatic", "actNavTimeDiff"})
-    EXPECT_TRUE(Act(name)->isCheckable()) << name;
+  EXPECT_EQ(Act("actJumpToBookmark7")->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_7));
+  EXPECT_EQ(Act("actJumpToBookmark7")->data().toInt(), 7);
   // The image lists that views and buttons draw from are there.
   for (int kind : {ztImlMsgIcons, ztImlNavMsgType, ztImlNavMsgContent, ztImlBookmarkIcons})
     EXPECT_NE(Viewer->GetImageList(kind), nullptr) << kind;
