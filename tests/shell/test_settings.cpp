@@ -368,8 +368,10 @@ TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
   fs::permissions(runtime, fs::perms::owner_all, fs::perm_options::replace);
   fs::path file = home / "data/Orvan/Zentrail/5.0/ZTLiveViewer.ini";
   fs::create_directories(file.parent_path());
-  WriteFile(file, "[Organizer]\nComputerName=1\n[General]\nLastProjectDir=/somewhere/projects\n"
-                  "[Display]\nTimeStamp=1\nTimeDiff=1\n[Unknown]\nKept=yes\n");
+  TZTIniFile start;
+  start.LoadFromString("[Organizer]\nComputerName=1\n[General]\nLastProjectDir=/somewhere/projects\n"
+                       "[Display]\nTimeStamp=1\nTimeDiff=1\n[Unknown]\nKept=yes\n");
+  WriteFile(file, start.ToString());
   QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
   env.insert(QStringLiteral("HOME"), QString::fromStdString(home.string()));
   env.insert(QStringLiteral("XDG_DATA_HOME"), QString::fromStdString((home / "data").string()));
@@ -388,6 +390,14 @@ TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
         return fd >= 0;
       },
       20000));
+  // A second instance ends at once and leaves the file as it found it.
+  QProcess second;
+  second.setProcessEnvironment(env);
+  second.start(QString::fromLatin1(kViewer), {});
+  ASSERT_TRUE(second.waitForFinished(10000));
+  EXPECT_EQ(second.exitCode(), 0);
+  EXPECT_EQ(ReadFile(file), start.ToString());
+
   viewer.terminate();
   ASSERT_TRUE(viewer.waitForFinished(10000));
   EXPECT_EQ(viewer.exitCode(), 0);
