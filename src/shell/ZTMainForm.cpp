@@ -836,6 +836,8 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
           TZTPromptKind::Error);
     }
   }
+  // A view made while a message is synchronised marks it like the others.
+  view->SetSyncMsgRecNo(FNavigator->SyncRecNo());
   FViews.push_back(view);
   if (activate) PopulateView(view);
   ActivateView(view);

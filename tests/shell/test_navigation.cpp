@@ -437,6 +437,10 @@ TEST_F(NavigationTest, SynchronisedMessageFollowsTheUserAcrossViews) {
   for (int i = 0; i < 3; ++i) EXPECT_EQ(Concrete(i).SyncMsgRecNo(), 7) << i;
   EXPECT_TRUE(Act("actUpdateSyncMsg")->isEnabled());
 
+  TZTFilterCriteria all;
+  Viewer->CreateView("Later", all, false, false, "Default");
+  EXPECT_EQ(Concrete(3).SyncMsgRecNo(), 7) << "a view made later marks the same message";
+
   // The warnings view holds no record 7: the next later one it holds is chosen.
   Viewer->SetActiveViewIndex(1);
   EXPECT_EQ(FocusedRecNo(1), 9);
