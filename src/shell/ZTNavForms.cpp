@@ -19,7 +19,7 @@
 namespace zentrail {
 namespace {
 
-struct TButtonSpec {
+struct TButtonDef {
   const char* Name;
   const char* Hint;
   int32_t Code;
@@ -27,7 +27,7 @@ struct TButtonSpec {
 
 // The filter dialog's type buttons and the four separators, which a view without a type filter
 // shows and the user may well want to step between.
-const TButtonSpec kTypeButtons[] = {
+const TButtonDef kTypeButtons[] = {
     {"btnInfo", "Info Messages", ztmInfo},
     {"btnNote", "Notes", ztmNote},
     {"btnWarning", "Warning Messages", ztmWarning},
@@ -52,7 +52,7 @@ const TButtonSpec kTypeButtons[] = {
     {"btnAppStartSeparator", "Application Start Separators", ztmAppStartSeparator},
 };
 
-const TButtonSpec kContentButtons[] = {
+const TButtonDef kContentButtons[] = {
     {"btnText", "Text", ztmText},
     {"btnStringList", "String Lists", ztmStringList},
     {"btnObject", "Objects", ztmObject},
@@ -117,18 +117,18 @@ QGroupBox* TfrmSelectNavMsg::MakeGroup(const QString& caption, const char* name,
   auto* outer = new QVBoxLayout(group);
   auto* grid = new QGridLayout;
   grid->setSpacing(2);
-  auto add = [&](const TButtonSpec& spec) {
+  auto add = [&](const TButtonDef& def) {
     auto* b = new QToolButton(group);
-    b->setObjectName(QString::fromLatin1(spec.Name));
-    b->setToolTip(QString::fromLatin1(spec.Hint));
+    b->setObjectName(QString::fromLatin1(def.Name));
+    b->setToolTip(QString::fromLatin1(def.Hint));
     b->setCheckable(true);
     b->setAutoRaise(false);
     b->setIconSize(QSize(16, 16));
     b->setFixedSize(28, 28);
-    b->setIcon(QIcon(NavigatorGlyph(images, spec.Code)));
+    b->setIcon(QIcon(NavigatorGlyph(images, def.Code)));
     int index = static_cast<int>(buttons.size());
     grid->addWidget(b, index / kButtonsPerRow, index % kButtonsPerRow);
-    buttons.push_back({b, spec.Code});
+    buttons.push_back({b, def.Code});
     // One choice per group: pressing a button releases the others; pressing it again leaves none.
     connect(b, &QToolButton::clicked, this, [&buttons, b](bool checked) {
       if (!checked) return;
@@ -137,9 +137,9 @@ QGroupBox* TfrmSelectNavMsg::MakeGroup(const QString& caption, const char* name,
     });
   };
   if (types) {
-    for (const TButtonSpec& spec : kTypeButtons) add(spec);
+    for (const TButtonDef& def : kTypeButtons) add(def);
   } else {
-    for (const TButtonSpec& spec : kContentButtons) add(spec);
+    for (const TButtonDef& def : kContentButtons) add(def);
   }
   outer->addLayout(grid);
   matchAny = new QCheckBox(matchAnyCaption, group);
