@@ -415,8 +415,9 @@ void TFrmViewer::CreateMenus() {
   mnuMessageList = new QMenu(this);
   mnuMessageList->setObjectName(QStringLiteral("mnuMessageList"));
   addAll(mnuMessageList, {"actCopyMessageText", "-", "actAddSeparator", "actAddResetSeparator", "-", "actToggleMethod",
-                          "actMethodMatch", "actCurrentMethod", "-", "actFind", "actFindNext", "actJumpToMsg", "-",
-                          "actClear", "actSelectAll"});
+                          "actMethodMatch", "actCurrentMethod", "-", "actFind", "actFindNext", "actJumpToMsg", "-"});
+  FNavigator->AddBookmarkMenus(mnuMessageList);
+  addAll(mnuMessageList, {"-", "actClear", "actSelectAll"});
 }
 
 void TFrmViewer::CreateToolbars() {

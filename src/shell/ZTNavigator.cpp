@@ -309,6 +309,11 @@ void TZTNavigator::AddBookmarkButtons(QToolBar* bar) {
   bar->addAction(Act("actClearBookmarks"));
 }
 
+void TZTNavigator::AddBookmarkMenus(QMenu* menu) {
+  menu->addMenu(mnuBtnToggleBookmarks);
+  menu->addMenu(mnuBtnJumpToBookmarks);
+}
+
 // ---------------------------------------------------------------------------------------------------
 // The choice
 

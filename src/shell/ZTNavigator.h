@@ -85,6 +85,8 @@ class TZTNavigator : public QObject {
   void AddSearchButtons(QToolBar* bar);
   // Toggle and jump buttons with their bookmark menus, and clear.
   void AddBookmarkButtons(QToolBar* bar);
+  // The toggle and jump submenus, for the message list's popup.
+  void AddBookmarkMenus(QMenu* menu);
   // Enabled and checked states of this side's commands; called from UpdateCommandStates.
   void UpdateCommandStates(bool hasRows, bool hasFocus);
   void UpdateNavigationCommands();
