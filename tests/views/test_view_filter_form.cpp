@@ -8,11 +8,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTest>
 #include <QToolButton>
 
 #include "TestEnvironment.h"
 #include "ZTPromptService.h"
+#include "ZTMsgViewForms.h"
 #include "ZTViewFilterForm.h"
 #include "ViewTestSupport.h"
 
@@ -277,6 +279,19 @@ TEST_F(ViewFilterForm, Screenshot) {
   QToolButton* released = form.TypeButton(ztmInfo, false);
   const QImage a = pressed->grab().toImage(), b = released->grab().toImage();
   EXPECT_NE(a.pixel(2, a.height() / 2), b.pixel(2, b.height() / 2));
+
+  // The two small search forms, for a look at their layout.
+  TfrmFind find(nullptr);
+  find.Forward()->setChecked(true);
+  find.EntireScope()->setChecked(true);
+  TfrmJumpToMsg jump(nullptr);
+  for (QDialog* dialog : std::initializer_list<QDialog*>{&find, &jump}) {
+    dialog->show();
+    const QImage shot = dialog->grab().toImage();
+    EXPECT_GT(shot.width(), 100);
+    if (const char* keep = std::getenv("ZENTRAIL_KEEP_SCREENSHOTS"))
+      shot.save(QString::fromLocal8Bit(keep) + "/" + dialog->objectName() + ".png");
+  }
 }
 
 }  // namespace
