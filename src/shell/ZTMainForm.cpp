@@ -369,6 +369,7 @@ void TFrmViewer::CreateCommands() {
         TZTFilterCriteria criteria;
         view->GetFilterCriteria(criteria);
         dialog.SetCriteria(criteria, view->GetName());
+        if (!FActiveList) dialog.DisableFilterCriteria();
         if (FNavigator->RunDialog(dialog) != QDialog::Accepted) return;
         QString name;
         try {
