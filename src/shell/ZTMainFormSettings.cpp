@@ -5,7 +5,6 @@
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QHeaderView>
-#include <QLabel>
 #include <QScreen>
 #include <QSplitter>
 #include <QTabBar>
