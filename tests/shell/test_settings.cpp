@@ -311,11 +311,17 @@ TEST_F(SettingsTest, AFarPaneKeepsItsSizeInAWiderWindow) {
   // The call stack, stored as it was, keeps its height too.
   EXPECT_EQ(Splitter("splRight")->sizes().value(1), designRight);
 
-  // A pane hidden at exit keeps the size it was last seen with.
+  // A pane hidden at exit keeps the size it was last seen with, and has it when it is shown.
   Viewer->SetPaneVisible(TZTPane::Inspector, false);
   Viewer->SetPaneVisible(TZTPane::CallStack, false);
   Close();
   EXPECT_EQ(OnDisk().ReadInteger("Display", "MainSplitFixed", 0), 200);
+  Start();
+  Viewer->show();
+  ASSERT_TRUE(SpinUntil([&] { return Viewer->PaneWidget(QStringLiteral("nbkViews"))->width() > 1400; }));
+  Viewer->SetPaneVisible(TZTPane::Inspector, true);
+  ASSERT_TRUE(SpinUntil([&] { return Splitter("splMain")->sizes().value(1) > 0; }));
+  EXPECT_EQ(Splitter("splMain")->sizes().value(1), 200);
 }
 
 TEST_F(SettingsTest, MessageFontSetsTheRowHeightsAndInspectorsTakeTheirFonts) {
