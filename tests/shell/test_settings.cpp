@@ -365,7 +365,8 @@ TEST_F(SettingsTest, FindHistoryReachesTheDiskAtOnceWithTheSettingsAsTheyWereAtS
   EXPECT_EQ(OnDisk().ReadInteger("Position", "Left", 0), 100);
 }
 
-// The built program: a SIGTERM closes it by the ordinary path, which writes the file.
+// The built program: a SIGTERM closes it by the ordinary path, which writes the file, and the next
+// run writes back exactly what it read.
 TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
   ASSERT_TRUE(fs::exists(kViewer)) << kViewer;
   fs::path home = MakeTempDir("settings-home");
@@ -383,19 +384,20 @@ TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
   env.insert(QStringLiteral("XDG_DATA_HOME"), QString::fromStdString((home / "data").string()));
   env.insert(QStringLiteral("ZENTRAIL_RUNTIME_DIR"), QString::fromStdString(runtime.string()));
   env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
-  QProcess viewer;
-  viewer.setProcessEnvironment(env);
-  viewer.start(QString::fromLatin1(kViewer), {});
-  ASSERT_TRUE(viewer.waitForStarted(10000));
   const std::string socket = (runtime / "viewer").string();
-  ASSERT_TRUE(SpinUntil(
-      [&] {
-        std::string error;
-        int fd = ConnectUnixSocket(socket, error);
-        if (fd >= 0) ::close(fd);
-        return fd >= 0;
-      },
-      20000));
+  auto answers = [&] {
+    std::string error;
+    int fd = ConnectUnixSocket(socket, error);
+    if (fd >= 0) ::close(fd);
+    return fd >= 0;
+  };
+  auto startViewer = [&](QProcess& viewer) {
+    viewer.setProcessEnvironment(env);
+    viewer.start(QString::fromLatin1(kViewer), {});
+    return viewer.waitForStarted(10000) && SpinUntil(answers, 20000);
+  };
+  QProcess viewer;
+  ASSERT_TRUE(startViewer(viewer)) << "the viewer never listened";
   // A second instance ends at once and leaves the file as it found it.
   QProcess second;
   second.setProcessEnvironment(env);
@@ -407,7 +409,7 @@ TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
   viewer.terminate();
   ASSERT_TRUE(viewer.waitForFinished(10000));
   EXPECT_EQ(viewer.exitCode(), 0);
-
+  const std::string written = ReadFile(file);
   TZTIniFile disk(file.string());
   EXPECT_TRUE(disk.ReadBool("Organizer", "ComputerName", false));
   EXPECT_EQ(disk.ReadString("General", "LastProjectDir", ""), "/somewhere/projects");
@@ -415,4 +417,10 @@ TEST(SettingsProcess, ViewerEndedBySigtermWritesItsSettings) {
   EXPECT_EQ(disk.ReadString("Display", "TimeDiff", ""), "0");
   EXPECT_TRUE(disk.SectionExists("FontStyles"));
   EXPECT_TRUE(disk.ValueExists("Position", "Maximized"));
+
+  QProcess again;
+  ASSERT_TRUE(startViewer(again)) << "the second run never listened";
+  again.terminate();
+  ASSERT_TRUE(again.waitForFinished(10000));
+  EXPECT_EQ(ReadFile(file), written);
 }
