@@ -270,12 +270,34 @@ void TZTMessageView::AddMessage(bool force) {
   }
   EndLiveChange();
   ms.GotoRec(recNo);
-  bool grew = MeasureColumn(3, ms.GetAppName());
-  grew = MeasureColumn(2, ms.GetCategory()) || grew;
-  grew = MeasureColumn(4, ms.GetComputerName()) || grew;
-  grew = MeasureColumn(6, ms.GetThreadName()) || grew;
+  bool grew = MeasureArriving(0, 3, ms.GetAppName());
+  grew = MeasureArriving(1, 2, ms.GetCategory()) || grew;
+  grew = MeasureArriving(2, 4, ms.GetComputerName()) || grew;
+  grew = MeasureArriving(3, 6, ms.GetThreadName()) || grew;
   if (grew && !Updating()) viewport()->update();
   ms.GotoRec(recNo);
+}
+
+bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text) {
+  auto& known = FFitting[static_cast<size_t>(slot)];
+  const int32_t width = FColumnWidths[static_cast<size_t>(index)];
+  // Widths only grow between resets, so a text that fitted a column no wider than now still fits.
+  for (const TFittingText& entry : known)
+    if (entry.Width >= 0 && entry.Width <= width && entry.Text == text) return false;
+  const bool grew = MeasureColumn(index, text);
+  uint8_t& next = FFittingNext[static_cast<size_t>(slot)];
+  TFittingText& entry = known[next];
+  next = static_cast<uint8_t>((next + 1) % known.size());
+  entry.Text.assign(text);
+  entry.Width = FColumnWidths[static_cast<size_t>(index)];
+  return grew;
+}
+
+void TZTMessageView::changeEvent(QEvent* event) {
+  if (event->type() == QEvent::FontChange)
+    for (auto& known : FFitting)
+      for (TFittingText& entry : known) entry.Width = -1;
+  TZTVirtualListBox::changeEvent(event);
 }
 
 int32_t TZTMessageView::InternalAddMessage() {

@@ -269,6 +269,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void mousePressEvent(QMouseEvent* event) override;
   void leaveEvent(QEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  public:
   // The hint for cut text: shown by mouse moves over a row whose text doesn't fit, released by a
@@ -286,6 +287,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   bool CollapseAtExitInternal(int32_t row, bool notify);
   void PostDetailsNotice();
   bool MeasureColumn(int index, std::string_view text);
+  // MeasureColumn for an arriving message, skipped for a text already known to fit.
+  bool MeasureArriving(int slot, int index, std::string_view text);
   void DrawSeparator(QPainter& painter, int32_t type, int32_t indent, const QRect& rect, bool selected,
                      int32_t bookmark, bool sync);
   void DrawMarks(QPainter& painter, int32_t type, int32_t indent, const QRect& rect, int32_t bookmark, bool sync,
@@ -313,6 +316,15 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   std::array<int32_t, 7> FColumnWidths{};
   // The last text measured per column, so a message from the same sender costs no measure.
   std::array<std::string, 7> FLastMeasured;
+  // Per identity column of an arriving message: texts measured lately, each with the column width
+  // it was measured at. Senders that take turns then cost no measure while the column is at least
+  // that wide. Dropped when the font changes, as the widths no longer tell.
+  struct TFittingText {
+    std::string Text;
+    int32_t Width = -1;
+  };
+  std::array<std::array<TFittingText, 8>, 4> FFitting;
+  std::array<uint8_t, 4> FFittingNext{};
   int32_t FIndentWidth = 24;
   TColor FMarkerColor = 0x00E6D8AD;
   TColor FHighlightFontColor = 0x00502805;

@@ -177,6 +177,56 @@ TEST_F(ViewModel, FilterDecidesAtTheDoorAndAutoScrollFollowsOnlyTakers) {
   EXPECT_EQ(errors.TopIndex(), 0);
 }
 
+TEST_F(ViewModel, ColumnsFitEverySenderWhenSendersTakeTurns) {
+  TZTMessageView view;
+  view.resize(600, 200);
+  const std::string longName = "An application with a name much longer than the column header";
+  const int needed = view.fontMetrics().horizontalAdvance(QString::fromStdString(longName)) + 4;
+  auto arrive = [&](const std::string& app) {
+    TZentrailMessage m;
+    m.MsgText = "x";
+    m.AppName = app;
+    MessageSet.AppendMessage(m, FNextID++);
+    view.AddMessage(false);
+  };
+  for (int i = 0; i < 6; ++i) arrive(i % 2 ? longName : "a");
+  EXPECT_GE(view.ColumnWidth(3), needed);
+
+  // Without the long name's rows the full measure narrows the column; the name's next arrival must
+  // widen it again, though the same text was measured before.
+  for (int row = 0; row < view.GetCount(); ++row) view.SetSelected(row, row % 2 == 1);
+  view.DeleteSelection();
+  view.UpdateColumnWidths();
+  ASSERT_LT(view.ColumnWidth(3), needed);
+  arrive("a");
+  arrive(longName);
+  EXPECT_GE(view.ColumnWidth(3), needed);
+
+  // After a change of font the widths measured before tell nothing: a name a little longer than
+  // the header fitted the old column, and twice as large it no longer fits the new header's width.
+  TZTMessageView fresh;
+  const std::string midName = "OrderServiceHost-01";
+  auto arriveFresh = [&] {
+    TZentrailMessage m;
+    m.MsgText = "x";
+    m.AppName = midName;
+    MessageSet.AppendMessage(m, FNextID++);
+    fresh.AddMessage(false);
+  };
+  arriveFresh();
+  QFont larger = fresh.font();
+  if (larger.pointSizeF() > 0)
+    larger.setPointSizeF(larger.pointSizeF() * 2);
+  else
+    larger.setPixelSize(larger.pixelSize() * 2);
+  fresh.setFont(larger);
+  fresh.ClearView();
+  const int neededLarger = fresh.fontMetrics().horizontalAdvance(QString::fromStdString(midName)) + 4;
+  ASSERT_LT(fresh.ColumnWidth(3), neededLarger);
+  arriveFresh();
+  EXPECT_GE(fresh.ColumnWidth(3), neededLarger);
+}
+
 TEST_F(ViewModel, SelectionFlagsFollowItemsAndCollapsedRows) {
   TZTMessageView view;
   Store(ztmInfo, "zero", {&view});
