@@ -1,6 +1,6 @@
 #pragma once
-// The small forms of a message view: the in-place editor of a message text and the jump to a row
-// number.
+// The small forms of a message view: the in-place editor of a message text, the jump to a row
+// number and the search.
 
 #include <QDialog>
 #include <QString>
