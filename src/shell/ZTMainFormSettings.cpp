@@ -242,10 +242,12 @@ namespace {
 
 int SplitterExtent(QSplitter* s) { return s->orientation() == Qt::Horizontal ? s->width() : s->height(); }
 
-// The far pane's size, or -1 while that pane is hidden (its size then means nothing).
+// The far pane's size, or -1 while either pane is hidden: the size then means nothing (a
+// full-size inspector hides the views and fills the whole splitter for the moment).
 int FarPaneSize(QSplitter* s) {
+  QWidget* near = s->widget(0);
   QWidget* far = s->widget(1);
-  if (!far || far->isHidden()) return -1;
+  if (!near || !far || near->isHidden() || far->isHidden()) return -1;
   const QList<int> sizes = s->sizes();
   return sizes.size() < 2 ? -1 : sizes[1];
 }

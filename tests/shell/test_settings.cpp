@@ -311,6 +311,14 @@ TEST_F(SettingsTest, AFarPaneKeepsItsSizeInAWiderWindow) {
   // The call stack, stored as it was, keeps its height too.
   EXPECT_EQ(Splitter("splRight")->sizes().value(1), designRight);
 
+  // A full-size inspector fills the window only for the moment.
+  Viewer->SetFullSizeInspector(true);
+  ASSERT_TRUE(Viewer->FullSizeInspector());
+  ASSERT_TRUE(SpinUntil([&] { return Splitter("splMain")->sizes().value(0) == 0; }));
+  Viewer->SaveSettings();
+  EXPECT_EQ(ViewerSettings().ReadInteger("Display", "MainSplitFixed", 0), 200);
+  Viewer->SetFullSizeInspector(false);
+
   // A pane hidden at exit keeps the size it was last seen with, and has it when it is shown.
   Viewer->SetPaneVisible(TZTPane::Inspector, false);
   Viewer->SetPaneVisible(TZTPane::CallStack, false);
