@@ -159,6 +159,7 @@ TfrmJumpToMsg::TfrmJumpToMsg(QWidget* parent) : QDialog(parent) {
   auto* layout = new QVBoxLayout(this);
   auto* label = new QLabel(tr("Jump to message #"), this);
   cbxJumpTo = new QComboBox(this);
+  cbxJumpTo->setObjectName(QStringLiteral("cbxJumpTo"));
   cbxJumpTo->setEditable(true);
   cbxJumpTo->setInsertPolicy(QComboBox::NoInsert);
   cbxJumpTo->lineEdit()->installEventFilter(this);
@@ -244,6 +245,7 @@ TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
   auto* layout = new QVBoxLayout(this);
   auto* label = new QLabel(tr("&Text to find"), this);
   cbxFindText = new QComboBox(this);
+  cbxFindText->setObjectName(QStringLiteral("cbxFindText"));
   cbxFindText->setEditable(true);
   cbxFindText->setInsertPolicy(QComboBox::NoInsert);
   cbxFindText->addItems(ReadFindTextHistory());
@@ -254,12 +256,14 @@ TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
 
   auto* groups = new QHBoxLayout;
   auto* grpDirection = new QGroupBox(tr("Direction"), this);
+  grpDirection->setObjectName(QStringLiteral("grpDirection"));
   auto* direction = new QVBoxLayout(grpDirection);
   optForward = new QRadioButton(tr("&Forward"), grpDirection);
   optBackward = new QRadioButton(tr("&Backward"), grpDirection);
   direction->addWidget(optForward);
   direction->addWidget(optBackward);
   auto* grpOrigin = new QGroupBox(tr("Origin"), this);
+  grpOrigin->setObjectName(QStringLiteral("grpOrigin"));
   auto* origin = new QVBoxLayout(grpOrigin);
   optFromCursor = new QRadioButton(tr("From &Cursor"), grpOrigin);
   optEntireScope = new QRadioButton(tr("&Entire Scope"), grpOrigin);
@@ -269,6 +273,7 @@ TfrmFind::TfrmFind(QWidget* parent) : QDialog(parent) {
   groups->addWidget(grpOrigin);
   layout->addLayout(groups);
   chkFindInDetails = new QCheckBox(tr("Include Message &Details in Search"), this);
+  chkFindInDetails->setObjectName(QStringLiteral("chkFindInDetails"));
   layout->addWidget(chkFindInDetails);
 
   auto* buttons = new QHBoxLayout;
