@@ -34,6 +34,13 @@ constexpr const char* kFindTextCount = "FindText_Count";
 
 std::string FindTextItem(int index) { return "FindText_Item" + std::to_string(index); }
 
+// A file that is there but could not be read is the user's, not ours: writing the defaults over it
+// would lose every setting in it. Empty while the file was read or was missing.
+std::string& UnreadFile() {
+  static std::string name;
+  return name;
+}
+
 }  // namespace
 
 std::string ViewerSettingsFileName() { return GetAppDataFolder() + "ZTLiveViewer.ini"; }
@@ -47,12 +54,16 @@ void LoadViewerSettings() {
   TZTIniFile& ini = ViewerSettings();
   ini.Clear();
   ini.SetFileName(ViewerSettingsFileName());
-  ini.Reload();
+  UnreadFile() = ini.Reload() ? std::string() : ini.FileName();
 }
 
 bool FlushViewerSettings(std::string& error) {
   TZTIniFile& ini = ViewerSettings();
   if (ini.FileName().empty()) ini.SetFileName(ViewerSettingsFileName());
+  if (!UnreadFile().empty() && UnreadFile() == ini.FileName()) {
+    error = "\"" + ini.FileName() + "\" could not be read at start, so it is not overwritten";
+    return false;
+  }
   return ini.TryUpdateFile(error);
 }
 

@@ -203,3 +203,45 @@ TEST(SettingsStore, AWriterKilledMidWriteLeavesThePreviousFile) {
   disk.Reload();
   EXPECT_EQ(disk.ReadString("General", "LastProject", ""), "later");
 }
+
+TEST(SettingsStore, AFileThatCannotBeReadIsNeverOverwritten) {
+  StartAfresh();
+  const std::string kept = "[Position]\nLeft=300\n";
+  test::WriteFile(ExpectedFile(), kept);
+  fs::permissions(ExpectedFile(), fs::perms::none);
+  // Root reads any file, so the run happens in a child that is an ordinary user; the folders on the
+  // way are opened up for it, the file itself stays closed.
+  std::vector<std::pair<fs::path, fs::perms>> opened;
+  if (geteuid() == 0) {
+    for (fs::path dir = ExpectedFile().parent_path(); dir.string().rfind(test::TempRoot().string(), 0) == 0;
+         dir = dir.parent_path()) {
+      opened.emplace_back(dir, fs::status(dir).permissions());
+      fs::permissions(dir, fs::perms::all);
+      if (dir == test::TempRoot()) break;
+    }
+  }
+  const pid_t child = fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) _exit(3);
+    LoadViewerSettings();
+    ViewerSettings().WriteInteger("Position", "Left", 20);
+    std::string error;
+    const bool written = FlushViewerSettings(error);
+    const bool named = error.find("ZTLiveViewer.ini") != std::string::npos;
+    _exit(written ? 1 : named ? 0 : 2);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  for (const auto& [dir, perms] : opened) fs::permissions(dir, perms);
+  fs::permissions(ExpectedFile(), fs::perms::owner_read | fs::perms::owner_write);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0) << "1: the unread file was overwritten; 2: the error didn't name it";
+  EXPECT_EQ(test::ReadFile(ExpectedFile()), kept);
+
+  // Once the file can be read again, the next run writes it as usual.
+  LoadViewerSettings();
+  EXPECT_EQ(ViewerSettings().ReadInteger("Position", "Left", 0), 300);
+  std::string error;
+  EXPECT_TRUE(FlushViewerSettings(error)) << error;
+}
