@@ -1,0 +1,242 @@
+// The main window's detail panel, call stack, inspector and status bar: what belongs to the focused
+// message and the counts of the active view.
+#include "ZTMainForm.h"
+
+#include <QDate>
+#include <QLabel>
+#include <QListWidget>
+#include <QLocale>
+#include <QProgressBar>
+#include <QStatusBar>
+#include <QTime>
+#include <array>
+#include <span>
+
+#include "ZTDateTime.h"
+#include "ZTDetailPanel.h"
+#include "ZTInspectorPane.h"
+#include "ZTNavigator.h"
+#include "ZentrailMessageSet.h"
+
+namespace zentrail {
+
+namespace {
+
+QString FormatCount(qint64 n) { return QLocale(QLocale::English).toString(n); }
+
+}  // namespace
+
+void TFrmViewer::CreateStatusBar() {
+  QStatusBar* bar = statusBar();
+  bar->setObjectName(QStringLiteral("sbrMain"));
+  auto pane = [bar](const char* name) {
+    auto* label = new QLabel(bar);
+    label->setObjectName(QString::fromLatin1(name));
+    label->setContentsMargins(4, 0, 4, 0);
+    label->setAlignment(Qt::AlignCenter);
+    bar->addWidget(label);
+    return label;
+  };
+  stsTimeDiff = pane("stsTimeDiff");
+  stsTimeDiff->setMinimumWidth(80);
+  stsMsgNum = pane("stsMsgNum");
+  stsMsgNum->setToolTip(QStringLiteral("Jump to Message"));
+  stsMsgCount = pane("stsMsgCount");
+  stsSelCount = pane("stsSelCount");
+  stsProject = pane("stsProject");
+  stsProject->setMinimumWidth(60);
+  pbrComplete = new QProgressBar(bar);
+  pbrComplete->setObjectName(QStringLiteral("pbrComplete"));
+  pbrComplete->setFixedWidth(100);
+  pbrComplete->setMaximumHeight(14);
+  pbrComplete->setTextVisible(false);
+  pbrComplete->setRange(0, 100);
+  pbrComplete->setValue(0);
+  bar->addWidget(pbrComplete);
+  stsMessage = new QLabel(bar);
+  stsMessage->setObjectName(QStringLiteral("stsMessage"));
+  bar->addWidget(stsMessage, 1);
+}
+
+// ---------------------------------------------------------------------------------------------------
+// Details, call stack, status
+
+void TFrmViewer::HideInspectors() {
+  if (FInspectorPane) FInspectorPane->HideAllInspectors();
+}
+
+// The inspector that fits the focused message, and for two selected messages the pair that a plug-in
+// may compare. The store stands on the focused record when this is called.
+void TFrmViewer::ShowInspector() {
+  if (!FInspectorPane) return;
+  IZTMessageView* view = ActiveView();
+  const int32_t selected = view ? view->GetSelCount() : 0;
+  std::array<int32_t, 2> pair{0, 0};
+  std::span<const int32_t> recNos;
+  if (selected == 2 && view) {
+    // The view answers with record numbers, not rows.
+    int32_t first = -1, last = -1;
+    view->GetFirstLastSelections(first, last);
+    if (first > 0 && last > 0) {
+      pair = {first, last};
+      recNos = pair;
+    }
+  }
+  const int32_t focusedRecNo = MessageSet.RecNo;
+  const int panel = FInspectorPane->ShowCurrentMessage(selected, recNos, FInspectorVisible);
+  if (MessageSet.RecNo != focusedRecNo && focusedRecNo > 0) MessageSet.GotoRec(focusedRecNo);
+  // A separator has no data to inspect and no place in a call.
+  if (panel == 0) ClearCallStack();
+}
+
+void TFrmViewer::ClearDetails() { pnlMsgDetails->Clear(); }
+
+void TFrmViewer::ClearCallStack() { lstCallStack->clear(); }
+
+void TFrmViewer::RefreshCallStack(IZTMessageView*) {
+  lstCallStack->clear();
+  if (!FActiveList) return;
+  TZTCallStackList entries;
+  FActiveList->TraverseCallStack(entries);
+  for (const TZTCallStackEntry& e : entries) {
+    auto* item = new QListWidgetItem(QString::fromStdString(e.Text), lstCallStack);
+    item->setData(Qt::UserRole, e.Row);
+  }
+}
+
+void TFrmViewer::UpdateMessageDetails() {
+  if (FClearing) return;
+  IZTMessageView* view = ActiveView();
+  if (FActiveList && FActiveList->GetFocusedMsgIndex() < 0) {
+    HideInspectors();
+    ClearCallStack();
+    ClearDetails();
+    UpdateCommandStates();
+    return;
+  }
+  if (!view || !FActiveList || view->GetCount() == 0) {
+    HideInspectors();
+    ClearCallStack();
+    UpdateCommandStates();
+    return;
+  }
+  FActiveList->SelectCurrentRecord();
+  FNavigator->MessageSelected();
+  TZentrailTimeStamp stamp = MessageSet.GetTimeStamp();
+  TZTDateTimeParts parts;
+  QDate date;
+  QTime time;
+  if (DecodeTimeStamp(stamp, parts)) {
+    date = QDate(parts.Year, parts.Month, parts.Day);
+    time = QTime(parts.Hour, parts.Minute, parts.Second, parts.MSec);
+  }
+  auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); };
+  pnlMsgDetails->SetField(TZTDetailPanel::Category, text(MessageSet.GetCategory()));
+  pnlMsgDetails->SetField(TZTDetailPanel::TypeName, text(MessageSet.GetTypeName()));
+  pnlMsgDetails->SetField(TZTDetailPanel::AppName, text(MessageSet.GetAppName()));
+  pnlMsgDetails->SetField(TZTDetailPanel::Computer, text(MessageSet.GetComputerName()));
+  pnlMsgDetails->SetField(TZTDetailPanel::PID, QString::number(MessageSet.GetProcessID()));
+  pnlMsgDetails->SetField(TZTDetailPanel::ThreadName, text(MessageSet.GetThreadName()));
+  pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
+  pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
+  RefreshCallStack(view);
+  ShowInspector();
+  UpdateCommandStates();
+}
+
+void TFrmViewer::UpdateStatusCounts() {
+  IZTMessageView* view = ActiveView();
+  auto fit = [](QLabel* label, const QString& text) {
+    label->setText(text);
+    label->setFixedWidth(label->fontMetrics().horizontalAdvance(text) + 10 + label->contentsMargins().left() +
+                         label->contentsMargins().right());
+  };
+  int rows = view ? view->GetCount() : 0;
+  int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
+  int selected = view ? view->GetSelCount() : 0;
+  if (focused >= 0 && focused < rows) {
+    fit(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
+  } else {
+    fit(stsMsgNum, QStringLiteral("#0"));
+  }
+  fit(stsMsgCount, QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
+  fit(stsSelCount, QStringLiteral("%1 Selected").arg(FormatCount(selected)));
+
+  // Time difference: first row to the focused row, or first to last selected row.
+  if (!view || selected == 0 || rows == 0) {
+    stsTimeDiff->setEnabled(false);
+    stsTimeDiff->clear();
+    return;
+  }
+  int32_t rec1 = 0, rec2 = 0;
+  if (selected < 2) {
+    if (focused < 0) {
+      view->GetFirstLastSelections(rec1, rec2);
+      rec2 = rec1;
+    } else {
+      rec1 = view->GetMsgRecNo(0);
+      rec2 = view->GetMsgRecNo(focused);
+    }
+  } else {
+    view->GetFirstLastSelections(rec1, rec2);
+  }
+  int32_t keep = MessageSet.RecNo;
+  MessageSet.GotoRec(rec1);
+  TZentrailTimeStamp t1 = MessageSet.GetTimeStamp();
+  MessageSet.GotoRec(rec2);
+  TZentrailTimeStamp t2 = MessageSet.GetTimeStamp();
+  if (keep > 0) MessageSet.GotoRec(keep);
+  int64_t diff = (int64_t(t2.Date) - t1.Date) * 86400000 + t2.Time - t1.Time;
+  stsTimeDiff->setEnabled(true);
+  if (diff < 0) {
+    stsTimeDiff->setText(QStringLiteral("xx:xx:xx.xxx"));
+  } else {
+    int64_t ms = diff % 1000, s = diff / 1000 % 60, m = diff / 60000 % 60, h = diff / 3600000 % 24;
+    stsTimeDiff->setText(QString::asprintf("%d:%.2d:%.2d.%.3d", int(h), int(m), int(s), int(ms)));
+  }
+}
+
+QString TFrmViewer::StatusText(const QString& paneName) const {
+  auto* label = statusBar()->findChild<QLabel*>(paneName);
+  return label ? label->text() : QString();
+}
+
+QWidget* TFrmViewer::PaneWidget(const QString& name) const { return findChild<QWidget*>(name); }
+
+void TFrmViewer::SetStatusText(const QString& text) { stsMessage->setText(text); }
+
+void TFrmViewer::SetProgressMax(int32_t maximum) {
+  pbrComplete->setRange(0, maximum);
+  pbrComplete->setValue(0);
+}
+
+void TFrmViewer::SetProgress(int32_t position) { pbrComplete->setValue(position); }
+
+void TFrmViewer::StepProgress() { pbrComplete->setValue(pbrComplete->value() + 1); }
+
+TZTImageList* TFrmViewer::GetImageList(int kind) {
+  switch (kind) {
+    case ztImlMsgIcons:
+      return FNavigator->MessageImages();
+    case ztImlNavMsgType:
+      return FNavigator->NavMsgTypeImages();
+    case ztImlNavMsgContent:
+      return FNavigator->NavMsgContentImages();
+    case ztImlScratchPad:
+      return FScratchPadImages.get();
+    case ztImlBookmarkIcons:
+      return FNavigator->BookmarkImages();
+    default:
+      return nullptr;
+  }
+}
+
+void TFrmViewer::PrintInspectorContents() {
+  if (!FInspectorPane) return;
+  const int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
+  std::string_view text;
+  if (focused >= 0 && FActiveList->SelectCurrentRecord()) text = MessageSet.GetMsgText();
+  FInspectorPane->PrintInspectorContents(TZTInspectorPane::ProposedPrintTitle(focused >= 0, text));
+}
+
+}  // namespace zentrail

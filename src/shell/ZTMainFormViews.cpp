@@ -1,0 +1,272 @@
+// The main window's views: the view classes, the pages of the notebook, the active view and the
+// refilling of a view from the store.
+#include "ZTMainForm.h"
+
+#include <QGuiApplication>
+#include <QProgressBar>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QVBoxLayout>
+#include <QWidget>
+#include <algorithm>
+#include <stdexcept>
+
+#include "ZTNavigator.h"
+#include "ZTPromptService.h"
+#include "ZentrailMessageSet.h"
+
+namespace zentrail {
+
+// ---------------------------------------------------------------------------------------------------
+// View classes
+
+void TZTViewClassList::Register(const QString& key, TZTViewFactory factory) {
+  for (auto& entry : FClasses) {
+    if (entry.first.compare(key, Qt::CaseInsensitive) == 0) {
+      entry.second = std::move(factory);
+      return;
+    }
+  }
+  FClasses.emplace_back(key, std::move(factory));
+}
+
+TZTViewFactory TZTViewClassList::Find(const QString& key) const {
+  for (const auto& entry : FClasses)
+    if (entry.first.compare(key, Qt::CaseInsensitive) == 0) return entry.second;
+  for (const auto& entry : FClasses)
+    if (entry.first.compare(QLatin1String("Default"), Qt::CaseInsensitive) == 0) return entry.second;
+  return FClasses.empty() ? TZTViewFactory() : FClasses.front().second;
+}
+
+TZTViewClassList& ViewClasses() {
+  static TZTViewClassList list;
+  return list;
+}
+
+namespace {
+
+const QString kAllMessages = QStringLiteral("All Messages");
+
+}  // namespace
+
+// A view made by its class's factory, placed on a page of its own in the views notebook.
+IZTMessageView* TFrmViewer::CreateViewPage(const TZTViewFactory& factory) {
+  IZTMessageView* view = factory ? factory(this) : nullptr;
+  if (!view) throw std::runtime_error("Invalid CustomView registered");
+  auto* page = new QWidget(nbkViews);
+  auto* layout = new QVBoxLayout(page);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->addWidget(view->GetWidget());
+  nbkViews->addWidget(page);
+  return view;
+}
+
+void TFrmViewer::CreateFixedView() {
+  IZTMessageView* view = CreateViewPage(ViewClasses().Find(QStringLiteral("Default")));
+  tabViews->blockSignals(true);
+  tabViews->addTab(kAllMessages);
+  tabViews->setCurrentIndex(0);
+  tabViews->blockSignals(false);
+  view->SetName(kAllMessages);
+  FViews.push_back(view);
+  ActivateView(view);
+  BindActiveView();
+}
+
+// ---------------------------------------------------------------------------------------------------
+// Views
+
+IZTMessageView* TFrmViewer::GetViewIntf(int index) const {
+  return index >= 0 && index < ViewCount() ? FViews[static_cast<size_t>(index)] : nullptr;
+}
+
+int TFrmViewer::ActiveViewIndex() const { return FViews.empty() ? -1 : tabViews->currentIndex(); }
+
+IZTMessageView* TFrmViewer::ActiveView() const { return GetViewIntf(ActiveViewIndex()); }
+
+void TFrmViewer::SetActiveViewIndex(int index) {
+  if (index < 0 || index >= ViewCount()) return;
+  if (tabViews->currentIndex() == index) {
+    nbkViews->setCurrentIndex(index);
+    return;
+  }
+  tabViews->setCurrentIndex(index);  // tabViewsChange follows
+}
+
+void TFrmViewer::UnbindActiveView() {
+  FActiveList = nullptr;
+  FActiveMethods = nullptr;
+  FActiveSearch = nullptr;
+  FActivePrint = nullptr;
+  FActiveSave = nullptr;
+  FActiveExport = nullptr;
+}
+
+void TFrmViewer::BindActiveView() {
+  UnbindActiveView();
+  IZTMessageView* view = ActiveView();
+  if (!view) return;
+  FActiveList = dynamic_cast<IZTMessageViewList*>(view);
+  FActiveSearch = dynamic_cast<IZTMessageViewSearch*>(view);
+  FActiveMethods = dynamic_cast<IZTMessageViewMethods*>(view);
+  FActivePrint = dynamic_cast<IZTMessageViewPrint*>(view);
+  FActiveSave = dynamic_cast<IZTMessageViewSave*>(view);
+  FActiveExport = dynamic_cast<IZTMessageViewExport*>(view);
+}
+
+void TFrmViewer::ActivateView(IZTMessageView* view) {
+  view->InitView();
+  HideInspectors();
+  ClearCallStack();
+  ClearDetails();
+  UpdateCommandStates();
+}
+
+void TFrmViewer::PopulateView(IZTMessageView* view) {
+  // Auto-scroll off and one update bracket while every stored record is offered once; both come
+  // back on every way out, and so does the progress bar.
+  struct TRestore {
+    TFrmViewer& Window;
+    IZTMessageView* View;
+    bool AutoScroll;
+    ~TRestore() {
+      Window.FAutoScroll = AutoScroll;
+      Window.FPopulating = false;
+      View->EndUpdate();
+      View->UpdateSettings();
+      Window.SetProgress(0);
+    }
+  };
+  view->BeginUpdate();
+  TRestore restore{*this, view, FAutoScroll};
+  FAutoScroll = false;
+  FPopulating = true;
+  view->UpdateSettings();
+  const int32_t count = MessageSet.GetRecordCount();
+  // The bar moves in hundredths, so that a large store costs one repaint per percent and a
+  // message costs a counter.
+  SetProgressMax(100);
+  const int32_t stride = std::max<int32_t>(1, (count + 99) / 100);
+  int32_t untilStep = stride;
+  for (int32_t rec = 1; rec <= count; ++rec) {
+    MessageSet.GotoRec(rec);
+    view->AddMessage(false);
+    if (--untilStep == 0) {
+      untilStep = stride;
+      StepProgress();
+      pbrComplete->repaint();
+    }
+  }
+}
+
+bool TFrmViewer::ModifyView(IZTMessageView* view, const QString& name, const TZTFilterCriteria& criteria) {
+  const auto found = std::find(FViews.begin(), FViews.end(), view);
+  if (found == FViews.end()) return false;
+  const int index = static_cast<int>(found - FViews.begin());
+  TZTFilterCriteria previous;
+  view->GetFilterCriteria(previous);
+  const QString previousName = view->GetName();
+  view->SetName(name);
+  tabViews->setTabText(index, name);
+  try {
+    view->SetFilterCriteria(criteria);
+  } catch (const EZTRegExError& e) {
+    // The rows still answer to the old filter, so the old filter, name and caption stay with them.
+    view->SetName(previousName);
+    tabViews->setTabText(index, previousName);
+    try {
+      view->SetFilterCriteria(previous);
+    } catch (const EZTRegExError&) {
+    }
+    PromptService().ShowMessage(
+        nbkViews,
+        QStringLiteral("The message text \"%1\" is not a valid regular expression:\n%2")
+            .arg(QString::fromStdString(criteria.MessageText), QString::fromUtf8(e.what())),
+        TZTPromptKind::Error);
+    UpdateCommandStates();
+    return false;
+  }
+  {
+    QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    struct TRestore {
+      IZTMessageView* View;
+      ~TRestore() {
+        View->EndUpdate();
+        QGuiApplication::restoreOverrideCursor();
+      }
+    };
+    view->BeginUpdate();
+    TRestore restore{view};
+    view->ClearView();
+    PopulateView(view);
+  }
+  FViewsModified = true;
+  UpdateCommandStates();
+  return true;
+}
+
+IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCriteria& filter, bool modified,
+                                       bool activate, const QString& viewClass) {
+  TZTViewFactory factory = ViewClasses().Find(viewClass);
+  if (!factory) {
+    PromptService().ShowMessage(nbkViews,
+                                QStringLiteral("Unable to create a view. ViewClass (%1) not found.").arg(viewClass),
+                                TZTPromptKind::Error);
+    return nullptr;
+  }
+  QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+  struct Restore {
+    ~Restore() { QGuiApplication::restoreOverrideCursor(); }
+  } restore;
+  const int previous = ActiveViewIndex();
+  IZTMessageView* view = CreateViewPage(factory);
+  tabViews->blockSignals(true);
+  tabViews->addTab(name);
+  tabViews->blockSignals(false);
+  nbkViews->setCurrentIndex(previous);
+  view->SetName(name);
+  if (auto* list = dynamic_cast<IZTMessageViewList*>(view)) {
+    try {
+      list->SetFilterCriteria(filter);
+    } catch (const EZTRegExError& e) {
+      // The view still comes, so that a project keeps its views; its text test takes nothing
+      // until the user corrects the pattern with Modify View.
+      PromptService().ShowMessage(
+          nbkViews,
+          QStringLiteral("The message text \"%1\" of view \"%2\" is not a valid regular expression:\n%3")
+              .arg(QString::fromStdString(filter.MessageText), name, QString::fromUtf8(e.what())),
+          TZTPromptKind::Error);
+    }
+  }
+  // A view made while a message is synchronised marks it like the others.
+  view->SetSyncMsgRecNo(FNavigator->SyncRecNo());
+  FViews.push_back(view);
+  if (activate) PopulateView(view);
+  ActivateView(view);
+  if (activate) SetActiveViewIndex(ViewCount() - 1);
+  pnlTabSet->show();
+  if (modified) {
+    FViewsModified = true;
+    UpdateCommandStates();
+  }
+  return view;
+}
+
+void TFrmViewer::tabViewsChange(int index) {
+  if (index < 0 || index >= ViewCount()) return;
+  nbkViews->setCurrentIndex(index);
+  BindActiveView();
+  // The user sees the same moment in each view.
+  FNavigator->ActiveViewChanged();
+  UpdateMessageDetails();
+  UpdateCommandStates();
+}
+
+void TFrmViewer::NextView(bool backwards) {
+  int n = ViewCount();
+  if (n < 2) return;
+  int i = ActiveViewIndex();
+  SetActiveViewIndex(backwards ? (i + n - 1) % n : (i + 1) % n);
+}
+
+}  // namespace zentrail
