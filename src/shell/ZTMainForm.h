@@ -23,6 +23,7 @@
 #include "ZentrailMessage.h"
 
 class QAction;
+class QKeySequence;
 class QActionGroup;
 class QBoxLayout;
 class QLabel;
@@ -209,6 +210,10 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QTableWidget* ScratchPadGrid() const { return grdScratchPad; }
   QListWidget* CallStackList() const { return lstCallStack; }
   QAction* Action(const QString& name) const;
+  // The one factory of the window's commands: the action is named, owned by the window, reachable
+  // by its shortcut from anywhere in it, and found again through Action(name).
+  QAction* AddCommand(const char* name, const QString& caption, const QString& hint, const QKeySequence& key,
+                      const char* glyph, std::function<void()> handler, bool checkable = false);
   TZTInspectorPane* InspectorPane() const { return FInspectorPane; }
   TZTNavigator& Navigator() const { return *FNavigator; }
   int WakeUpSoundsPlayed() const { return FWakeUpSounds; }

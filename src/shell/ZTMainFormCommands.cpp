@@ -26,20 +26,26 @@ QAction* TFrmViewer::Action(const QString& name) const {
   return it == FActions.end() ? nullptr : it->second;
 }
 
+QAction* TFrmViewer::AddCommand(const char* name, const QString& caption, const QString& hint,
+                                const QKeySequence& key, const char* glyph, std::function<void()> handler,
+                                bool checkable) {
+  auto* action = new QAction(caption, this);
+  action->setObjectName(QString::fromLatin1(name));
+  action->setToolTip(hint.isEmpty() ? QString(caption).remove(QLatin1Char('&')) : hint);
+  action->setStatusTip(hint);
+  if (!key.isEmpty()) action->setShortcut(key);
+  if (glyph) action->setIcon(ShellGlyph(glyph));
+  action->setCheckable(checkable);
+  connect(action, &QAction::triggered, this, [handler = std::move(handler)] { handler(); });
+  addAction(action);
+  FActions[QString::fromLatin1(name)] = action;
+  return action;
+}
+
 void TFrmViewer::CreateCommands() {
   auto add = [this](const char* name, const QString& caption, const QString& hint, const QKeySequence& key,
                     const char* glyph, std::function<void()> handler, bool checkable = false) {
-    auto* action = new QAction(caption, this);
-    action->setObjectName(QString::fromLatin1(name));
-    action->setToolTip(hint.isEmpty() ? QString(caption).remove(QLatin1Char('&')) : hint);
-    action->setStatusTip(hint);
-    if (!key.isEmpty()) action->setShortcut(key);
-    if (glyph) action->setIcon(ShellGlyph(glyph));
-    action->setCheckable(checkable);
-    connect(action, &QAction::triggered, this, [handler = std::move(handler)] { handler(); });
-    addAction(action);
-    FActions[QString::fromLatin1(name)] = action;
-    return action;
+    return AddCommand(name, caption, hint, key, glyph, std::move(handler), checkable);
   };
 
   add("actExit", "E&xit", "Exit Zentrail", QKeySequence(Qt::ALT | Qt::Key_F4), "exit", [this] { close(); });
