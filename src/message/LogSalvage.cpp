@@ -254,14 +254,19 @@ TZentrailSalvageResult TZentrailLogSalvager::Next(TZentrailPacketView& view) {
   }
   uint64_t end = 0, contentEnd = 0;
   std::string reason;
+  FInflateWork = 0;
   if (Decode(FPos, Mode::Aligned, &view, end, contentEnd, &reason)) {
     if (contentEnd < end) {
-      const uint64_t inner = Search(FPos + 1, end);
-      if (inner != kNone)
+      // A length made longer by damage leaves the packet whole and the next record right after
+      // it, so the search begins where the packet ends: what the packet's texts hold stays text.
+      const uint64_t inner = Search(contentEnd, end);
+      if (inner != kNone) {
+        FWasted += FInflateWork;  // decoded for nothing
         return Damage(inner, "record length " + std::to_string(end - FPos - 8) +
                                  " runs past its content of " +
                                  std::to_string(contentEnd - FPos - 8) +
                                  " bytes into a record at offset " + std::to_string(inner));
+      }
     }
     FStart = FPos;
     FEnd = end;
@@ -331,7 +336,7 @@ bool TZentrailLogSalvager::LegacyBounds(uint64_t at, uint64_t& end, std::string*
   if (body > size - at - 4 - ztLegacyHeaderSize) return fail("the file ends inside a record");
   end = at + 4 + ztLegacyHeaderSize + body;
   if (chain && !Plausible(end))
-    return fail("its text lengths end at offset " + std::to_string(end) +
+    return fail("the legacy record's lengths end at offset " + std::to_string(end) +
                 ", where no record starts");
   return true;
 }
@@ -434,6 +439,7 @@ bool TZentrailLogSalvager::DecodeCompressed(uint64_t at, uint32_t len, Mode mode
   }
   // What an intact record inflates to is the caller's data, not search effort.
   FEffort += consumed;
+  FInflateWork = work;
   return true;
 }
 

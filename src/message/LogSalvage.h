@@ -22,10 +22,10 @@
 // - A legacy record carries no check of its own, so it is taken only where its lengths lead to the
 //   end of the file or to the start of another plausible record. The cost: an intact legacy record
 //   directly before damage is skipped with the damage.
-// - A record whose length runs past the end of its packet into another record that decodes has a
-//   damaged length: it is reported and skipped, and reading goes on at that record, so a neighbour's
-//   wrong length never swallows intact records. Without such a record the extra bytes are taken as a
-//   later version's extension, as the plain loop takes them.
+// - A record whose length runs past the end of its packet over the start of a record that
+//   decodes has a damaged length: it is reported and skipped, and reading goes on at that record,
+//   so a neighbour's wrong length never swallows intact records. Without such a record the extra
+//   bytes are taken as a later version's extension, as the plain loop takes them.
 // - Compressed records are the only ones that can fail after much work (a stream that breaks near
 //   its end). The total work spent on compressed records that fail is bounded by a constant plus a
 //   multiple of the bytes read so far; past that bound a compressed record is given up unchecked.
@@ -100,7 +100,7 @@ class TZentrailLogSalvager {
   uint32_t FTag = 0;
   std::string FReason;
   uint64_t FRecords = 0, FStretches = 0, FSkipped = 0;
-  uint64_t FEffort = 0, FWasted = 0;
+  uint64_t FEffort = 0, FWasted = 0, FInflateWork = 0;
 };
 
 // A file as one read-only byte span: mapped when it is a regular file, else read into memory (a
