@@ -5,6 +5,7 @@
 #include <set>
 
 #include "HandLog.h"
+#include "TestEnvironment.h"
 #include "LogSalvage.h"
 
 using namespace zentrail;
@@ -289,4 +290,26 @@ TEST(LogSalvage, PacketExtentRefusesExactlyWhatTheParserRefuses) {
     }
   }
   EXPECT_EQ(TransportPacketExtent(good + "trailing"), good.size());
+}
+
+TEST(LogSalvage, AMappedFileHoldsWhatTheFileHolds) {
+  const auto dir = test::MakeTempDir("mapped");
+  const HandLog log(30);
+  test::WriteFile(dir / "log.ztl", log.Bytes);
+  test::WriteFile(dir / "empty.ztl", "");
+  TZentrailMappedFile file;
+  std::string error;
+  ASSERT_TRUE(file.Open((dir / "log.ztl").string(), error)) << error;
+  EXPECT_EQ(file.Data(), log.Bytes);
+  ASSERT_TRUE(file.Open((dir / "empty.ztl").string(), error)) << error;
+  EXPECT_TRUE(file.Data().empty());
+  // Files of the proc file system claim a size of 0 and must be read, not mapped.
+  ASSERT_TRUE(file.Open("/proc/self/status", error)) << error;
+  EXPECT_NE(file.Data().find("Pid:"), std::string::npos);
+
+  EXPECT_FALSE(file.Open((dir / "missing.ztl").string(), error));
+  EXPECT_NE(error.find("missing.ztl: No such file"), std::string::npos) << error;
+  EXPECT_FALSE(file.Open(dir.string(), error));
+  EXPECT_NE(error.find("is a folder"), std::string::npos) << error;
+  EXPECT_TRUE(file.Data().empty());
 }

@@ -133,7 +133,7 @@ void WriteRecord(std::ostream& out, std::string& line, Format format, uint64_t n
   out.write(line.data(), static_cast<std::streamsize>(line.size()));
 }
 
-// The loop of the viewer's loading; memory stays bounded whatever the file's size.
+// Reads through a fixed buffer, so memory stays bounded whatever the file's size.
 DumpResult DumpStrict(const std::string& path, Format format, std::ostream& out,
                       std::ostream& err) {
   DumpResult result;

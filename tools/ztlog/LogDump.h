@@ -25,8 +25,9 @@ void FormatRecord(std::string& out, Format format, uint64_t recordNumber,
                   const TZentrailPacketView& record);
 
 // Salvage: after damage, search for the next record that decodes and go on; one report per
-// damaged stretch and a summary. Strict: the record loop as the viewer runs it, which stops at the
-// first record that cannot be decoded (unknown tags are reported per four bytes and stepped over).
+// damaged stretch and a summary. Strict: the plain record loop with no search, as earlier versions
+// read: unknown tags reported per four bytes, a bad record whose length holds reported and stepped
+// over, and a stop at the first record whose length cannot be trusted.
 enum class Reading { Salvage, Strict };
 
 struct DumpResult {
