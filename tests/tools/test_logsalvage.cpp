@@ -118,7 +118,7 @@ TEST(LogSalvage, EveryIntactRecordSurvivesEachKindOfDamage) {
       {"compressed length shorter", packed, flip(packed, 4, 0x08), "zlib"},
       {"compressed length longer", packed, flip(packed, 5, 0x02), "into a record at offset"},
       {"legacy text longer", legacy, flip(legacy, 4 + 17, 0x01), "where no record starts"},
-      {"legacy text shorter", legacy, flip(legacy, 4 + 16, 0x04), "where no record starts"},
+      {"legacy text shorter", legacy, flip(legacy, 4 + 16, 0x08), "where no record starts"},
       {"tag unknown", plain, flip(plain, 0, 0x02), "unsupported record tag $7F000006"},
       {"tag high byte", plain, flip(plain, 3, 0x01), "unsupported record tag $7E000004"},
       {"tag says compressed", plain, flip(plain, 0, 0x01), "zlib: incorrect header check"},
