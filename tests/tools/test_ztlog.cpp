@@ -2,64 +2,34 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <sstream>
+#include <vector>
 
+#include "HandLog.h"
 #include "LogDump.h"
-#include "LogRecord.h"
 #include "TestEnvironment.h"
-#include "Zlib.h"
 
 using namespace zentrail;
 namespace fs = std::filesystem;
 
 namespace {
 
-// Records built by hand from the format, not by the project's own writer, as another program would.
-std::string Field(const std::string& v) { return std::to_string(v.size()) + ":" + v; }
-
-std::string Packet(int type, int content, const std::string& text, const std::string& details,
-                   int time, int date, const std::string& thread) {
-  return "ZTP1" + Field(std::to_string(type)) + Field(std::to_string(content)) + Field("") +
-         Field(text) + Field(details) + Field(std::to_string(time)) + Field(std::to_string(date)) +
-         Field("31337") + Field(thread) + Field("other-app") + Field("box") + Field("") +
-         Field("io") + Field("16777215") + Field("0");
-}
-
-std::string Record(uint32_t tag, const std::string& body) {
-  std::string out;
-  PutLE32(out, tag);
-  PutLE32(out, static_cast<uint32_t>(body.size()));
-  return out + body;
-}
-
-std::string LegacyRecord() {
-  std::string h(ztLegacyHeaderSize, '\0');
-  auto put = [&](std::size_t at, uint32_t v) {
-    for (int i = 0; i < 4; ++i) h[at + i] = static_cast<char>(v >> (8 * i));
-  };
-  put(0, ztmError);
-  put(4, 3723004);  // 01:02:03.004
-  put(8, 730120);
-  put(16, 6);
-  put(20, 0);
-  put(24, 7);
-  h.replace(28, 2, "T1");
-  h.replace(70, 6, "oldapp");
-  std::string out;
-  PutLE32(out, ztLegacyTag0);
-  return out + h + "legacy" + '\0';
-}
+using test::LegacyRecord;
+using test::Packet;
+using test::Record;
 
 struct DumpRun {
   std::string out, err;
   ztlog::DumpResult result;
 };
 
-DumpRun Dump(const fs::path& file, ztlog::Format format = ztlog::Format::Lines) {
+DumpRun Dump(const fs::path& file, ztlog::Format format = ztlog::Format::Lines,
+             ztlog::Reading reading = ztlog::Reading::Salvage) {
   std::ostringstream out, err;
   DumpRun run;
-  run.result = ztlog::DumpFile(file.string(), format, out, err);
+  run.result = ztlog::DumpFile(file.string(), format, out, err, reading);
   run.out = out.str();
   run.err = err.str();
   return run;
@@ -71,7 +41,7 @@ TEST(Ztlog, PrintsLegacyAndCurrentRecordsOfAForeignLog) {
   const fs::path dir = test::MakeTempDir("ztlog");
   const std::string text = "tab\there\r\nnew \x01 \\ end";
   std::string file = Record(ztPacketTag, Packet(ztmWarning, ztmText, text, "", 1000, 730120, "main"));
-  file += LegacyRecord();
+  file += LegacyRecord(ztmError, 3723004, "legacy");  // 01:02:03.004
   file += Record(ztCompressedPacketTag,
                  ZlibDeflate(Packet(1005, 38, "custom", "a\tb\r\n", 86399999, 766000, "w")));
   test::WriteFile(dir / "foreign.ztl", file);
@@ -99,7 +69,7 @@ TEST(Ztlog, PrintsLegacyAndCurrentRecordsOfAForeignLog) {
   EXPECT_NE(json.out.find("\"msgType\":1005"), std::string::npos);
 }
 
-TEST(Ztlog, ReportsDamageWithOffsetsAndKeepsEveryGoodRecord) {
+TEST(Ztlog, StrictReadingReportsEachBadWordAndStopsWhereALengthIsLost) {
   const fs::path dir = test::MakeTempDir("ztlog");
   const std::string good = Record(ztPacketTag, Packet(0, 7, "good", "", 0, 730120, "m"));
   // Unknown words, then a good record, then one whose packet is broken, then a good one, then a
@@ -111,7 +81,7 @@ TEST(Ztlog, ReportsDamageWithOffsetsAndKeepsEveryGoodRecord) {
   file += "short";
   test::WriteFile(dir / "damaged.ztl", file);
 
-  DumpRun run = Dump(dir / "damaged.ztl");
+  DumpRun run = Dump(dir / "damaged.ztl", ztlog::Format::Lines, ztlog::Reading::Strict);
   EXPECT_EQ(run.result.Records, 2u);
   EXPECT_EQ(run.result.Problems, 4u);
   EXPECT_NE(run.err.find("offset 0: unsupported record tag $7F000002"), std::string::npos);
@@ -154,4 +124,77 @@ TEST(Ztlog, TheProgramExitsWithTheStatusOfWhatItRead) {
   EXPECT_NE(test::ReadFile(dir / "err").find("bad.ztl: offset"), std::string::npos);
   EXPECT_EQ(status("dump"), 2);
   EXPECT_EQ(status("frobnicate x"), 2);
+  EXPECT_EQ(status("dump --strict --frobnicate " + (dir / "good.ztl").string()), 2);
+
+  // Damage in the middle: salvage reads past it and strict reading stops, both report it.
+  test::WriteFile(dir / "mid.ztl", good + "\x05\x00\x00\x7F\xFF\xFF\xFF\x0F" + good);
+  EXPECT_EQ(status("dump " + (dir / "mid.ztl").string()), 1);
+  EXPECT_EQ(test::ReadFile(dir / "out"), "1\t2000-01-01 00:00:00.000\tInfo\tText\t31337\tm\t"
+                                         "other-app\tio\tgood\n2\t2000-01-01 00:00:00.000\tInfo\t"
+                                         "Text\t31337\tm\tother-app\tio\tgood\n");
+  EXPECT_EQ(status("dump --strict " + (dir / "mid.ztl").string()), 1);
+  const std::string strictOut = test::ReadFile(dir / "out");
+  EXPECT_EQ(std::count(strictOut.begin(), strictOut.end(), '\n'), 1);
+}
+
+// The acceptance case: a log of 1,000 records built by hand, damaged four ways at once.
+TEST(Ztlog, SalvageReportsEachDamagedStretchAndPrintsEveryIntactRecordOnce) {
+  const fs::path dir = test::MakeTempDir("ztlog");
+  const test::HandLog log(1000);
+  const int lengthAt = 100, tagAt = 302, cutAt = 500, zerosAt = 704;  // 704 is compressed
+  const std::size_t cutKeep = 37, zerosAfter = 20, zeros = 1u << 20;
+  std::string b = log.Bytes;
+  b.insert(log.Offsets[zerosAt] + zerosAfter, std::string(zeros, '\0'));
+  const std::size_t removed = log.End(cutAt) - log.Offsets[cutAt] - cutKeep;
+  b.erase(log.Offsets[cutAt] + cutKeep, removed);
+  b[log.Offsets[tagAt] + 1] ^= 0x10;
+  b[log.Offsets[lengthAt] + 6] ^= 0x16;  // a record of about 1.4 MB
+  test::WriteFile(dir / "damaged.ztl", b);
+
+  DumpRun run = Dump(dir / "damaged.ztl");
+  std::istringstream lines(run.out);
+  std::vector<std::string> texts;
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_EQ(line.substr(0, line.find('\t')), std::to_string(texts.size() + 1));
+    texts.push_back(line.substr(line.rfind('\t') + 1));
+  }
+  std::vector<std::string> expected;
+  for (int i = 0; i < 1000; ++i)
+    if (i != lengthAt && i != tagAt && i != cutAt && i != zerosAt) expected.push_back(log.Texts[i]);
+  EXPECT_EQ(texts, expected);
+  EXPECT_EQ(run.result.Records, 996u);
+  EXPECT_EQ(run.result.Stretches, 4u);
+
+  struct Span {
+    std::size_t Start, End;
+  };
+  const Span spans[] = {
+      {log.Offsets[lengthAt], log.Offsets[lengthAt + 1]},
+      {log.Offsets[tagAt], log.Offsets[tagAt + 1]},
+      {log.Offsets[cutAt], log.Offsets[cutAt] + cutKeep},
+      {log.Offsets[zerosAt] - removed, log.End(zerosAt) - removed + zeros},
+  };
+  // One line per stretch, in file order, then the summary.
+  std::size_t skipped = 0, line = 0;
+  const std::string name = (dir / "damaged.ztl").string();
+  for (const Span& s : spans) {
+    const std::string head = name + ": offset " + std::to_string(s.Start) + " to " +
+                             std::to_string(s.End) + ": skipped " +
+                             std::to_string(s.End - s.Start) + " bytes: ";
+    ASSERT_EQ(run.err.compare(line, head.size(), head), 0) << head << "\n" << run.err;
+    line = run.err.find('\n', line) + 1;
+    skipped += s.End - s.Start;
+  }
+  EXPECT_EQ(run.result.SkippedBytes, skipped);
+  EXPECT_EQ(run.err.substr(line), name + ": 996 records read, 4 damaged stretches skipped, " +
+                                      std::to_string(skipped) + " bytes skipped\n");
+
+  DumpRun json = Dump(dir / "damaged.ztl", ztlog::Format::Json);
+  EXPECT_EQ(json.err, run.err);
+  EXPECT_EQ(std::count(json.out.begin(), json.out.end(), '\n'), 996);
+  EXPECT_NE(json.out.find("\"record\":996,"), std::string::npos);
+
+  DumpRun strict = Dump(dir / "damaged.ztl", ztlog::Format::Lines, ztlog::Reading::Strict);
+  EXPECT_EQ(strict.result.Records, static_cast<uint64_t>(lengthAt));
+  EXPECT_NE(strict.err.find("the rest of the file cannot be read"), std::string::npos);
 }

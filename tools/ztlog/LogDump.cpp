@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "LogRecord.h"
+#include "LogSalvage.h"
 #include "ZTDateTime.h"
 
 namespace zentrail::ztlog {
@@ -123,7 +124,18 @@ void FormatRecord(std::string& out, Format format, uint64_t n, const TZentrailPa
   out += "}\n";
 }
 
-DumpResult DumpFile(const std::string& path, Format format, std::ostream& out, std::ostream& err) {
+namespace {
+
+void WriteRecord(std::ostream& out, std::string& line, Format format, uint64_t number,
+                 const TZentrailPacketView& record) {
+  line.clear();
+  FormatRecord(line, format, number, record);
+  out.write(line.data(), static_cast<std::streamsize>(line.size()));
+}
+
+// Reads through a fixed buffer, so memory stays bounded whatever the file's size.
+DumpResult DumpStrict(const std::string& path, Format format, std::ostream& out,
+                      std::ostream& err) {
   DumpResult result;
   TZentrailFileSource source;
   std::string error;
@@ -139,9 +151,7 @@ DumpResult DumpFile(const std::string& path, Format format, std::ostream& out, s
     const TZentrailRecordResult r = reader.Next(record);
     if (r == TZentrailRecordResult::End) break;
     if (r == TZentrailRecordResult::Ok) {
-      line.clear();
-      FormatRecord(line, format, ++result.Records, record);
-      out.write(line.data(), static_cast<std::streamsize>(line.size()));
+      WriteRecord(out, line, format, ++result.Records, record);
       continue;
     }
     ++result.Problems;
@@ -160,6 +170,47 @@ DumpResult DumpFile(const std::string& path, Format format, std::ostream& out, s
     err << '\n';
   }
   return result;
+}
+
+DumpResult DumpSalvage(const std::string& path, Format format, std::ostream& out,
+                       std::ostream& err) {
+  DumpResult result;
+  TZentrailMappedFile file;
+  std::string error;
+  if (!file.Open(path, error)) {
+    err << "ztlog: " << error << '\n';
+    ++result.Problems;
+    return result;
+  }
+  TZentrailLogSalvager salvager(file.Data());
+  TZentrailPacketView record;
+  std::string line;
+  for (;;) {
+    const TZentrailSalvageResult r = salvager.Next(record);
+    if (r == TZentrailSalvageResult::End) break;
+    if (r == TZentrailSalvageResult::Record) {
+      WriteRecord(out, line, format, ++result.Records, record);
+      continue;
+    }
+    err << path << ": offset " << salvager.Start() << " to " << salvager.End() << ": skipped "
+        << salvager.End() - salvager.Start() << " bytes: " << salvager.Reason() << '\n';
+  }
+  result.Stretches = salvager.Stretches();
+  result.SkippedBytes = salvager.SkippedBytes();
+  result.Problems = result.Stretches;
+  if (result.Stretches)
+    err << path << ": " << result.Records << " records read, " << result.Stretches
+        << (result.Stretches == 1 ? " damaged stretch" : " damaged stretches") << " skipped, "
+        << result.SkippedBytes << " bytes skipped\n";
+  return result;
+}
+
+}  // namespace
+
+DumpResult DumpFile(const std::string& path, Format format, std::ostream& out, std::ostream& err,
+                    Reading reading) {
+  return reading == Reading::Strict ? DumpStrict(path, format, out, err)
+                                    : DumpSalvage(path, format, out, err);
 }
 
 }  // namespace zentrail::ztlog

@@ -9,15 +9,19 @@
 namespace {
 
 constexpr const char* kUsage =
-    "usage: ztlog dump [--json] FILE...\n"
+    "usage: ztlog dump [--json] [--strict] FILE...\n"
     "\n"
     "  dump          print one line per record: number, date and time, type, content,\n"
     "                process id, thread, application, category and text (tab-separated,\n"
     "                control characters escaped as \\t \\n \\r \\xNN)\n"
-    "  dump --json   print one JSON object per record with every field\n"
+    "  --json        print one JSON object per record with every field\n"
+    "  --strict      no search: report each unknown tag (one per four bytes) and each bad\n"
+    "                record, and stop at the first record whose length cannot be trusted\n"
     "\n"
-    "Damaged records and unknown tags are reported on standard error with their byte offset;\n"
-    "every good record is still printed, and the exit status is then 1.\n";
+    "A damaged stretch of a log is skipped: reading goes on at the next record that decodes\n"
+    "completely. Each stretch is reported on standard error with its start and end offsets,\n"
+    "the bytes skipped and the reason, followed by a summary. The exit status is 1 when\n"
+    "anything was skipped or a file could not be read, 2 on a usage error, else 0.\n";
 
 }  // namespace
 
@@ -33,12 +37,15 @@ int main(int argc, char** argv) {
     return 2;
   }
   zentrail::ztlog::Format format = zentrail::ztlog::Format::Lines;
+  zentrail::ztlog::Reading reading = zentrail::ztlog::Reading::Salvage;
   std::vector<std::string> files;
   bool options = true;
   for (int i = 2; i < argc; ++i) {
     const std::string arg = argv[i];
     if (options && arg == "--json") {
       format = zentrail::ztlog::Format::Json;
+    } else if (options && arg == "--strict") {
+      reading = zentrail::ztlog::Reading::Strict;
     } else if (options && arg == "--") {
       options = false;
     } else if (options && arg.size() > 1 && arg[0] == '-') {
@@ -54,7 +61,7 @@ int main(int argc, char** argv) {
   }
   bool problems = false;
   for (const auto& file : files)
-    problems |= zentrail::ztlog::DumpFile(file, format, std::cout, std::cerr).Problems > 0;
+    problems |= zentrail::ztlog::DumpFile(file, format, std::cout, std::cerr, reading).Problems > 0;
   std::cout.flush();
   return problems ? 1 : 0;
 }
