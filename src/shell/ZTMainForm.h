@@ -298,6 +298,11 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void tabViewsChange(int index);
   void ApplicationStateChanged(Qt::ApplicationState state);
 
+  // ---- Detail panes
+  // Goes to the active view's focused record; false without one. Every reader of the focused
+  // message calls it right before it reads, as any walk of the store moves the one cursor.
+  bool GotoFocusedRecord();
+
   // ---- Identity of messages that the viewer makes itself
   QString FAppName;
   QString FComputerName;

