@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QStatusBar>
 #include <QTime>
+#include <QTimer>
 #include <array>
 #include <span>
 
@@ -56,6 +57,12 @@ void TFrmViewer::CreateStatusBar() {
   stsMessage = new QLabel(bar);
   stsMessage->setObjectName(QStringLiteral("stsMessage"));
   bar->addWidget(stsMessage, 1);
+
+  // A tenth of a second: soon enough to read as at once, rare enough to cost nothing in a burst.
+  FCountsTimer = new QTimer(this);
+  FCountsTimer->setSingleShot(true);
+  FCountsTimer->setInterval(100);
+  connect(FCountsTimer, &QTimer::timeout, this, [this] { UpdateMessageCount(); });
 }
 
 // ---------------------------------------------------------------------------------------------------
@@ -150,23 +157,42 @@ void TFrmViewer::UpdateMessageDetails() {
   UpdateCommandStates();
 }
 
+namespace {
+
+// Each count pane is as wide as its text needs, with 10 pixels to spare.
+void FitStatusPane(QLabel* label, const QString& text) {
+  label->setText(text);
+  label->setFixedWidth(label->fontMetrics().horizontalAdvance(text) + 10 + label->contentsMargins().left() +
+                       label->contentsMargins().right());
+}
+
+}  // namespace
+
+void TFrmViewer::MessagesArrived() {
+  // Armed by the first message after a quiet spell and never restarted, so a long burst still
+  // shows its progress, and the last message of any burst shows within one interval.
+  if (!FCountsTimer->isActive()) FCountsTimer->start();
+}
+
+void TFrmViewer::UpdateMessageCount() {
+  IZTMessageView* view = ActiveView();
+  const int rows = view ? view->GetCount() : 0;
+  FitStatusPane(stsMsgCount,
+                QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
+}
+
 void TFrmViewer::UpdateStatusCounts() {
   IZTMessageView* view = ActiveView();
-  auto fit = [](QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setFixedWidth(label->fontMetrics().horizontalAdvance(text) + 10 + label->contentsMargins().left() +
-                         label->contentsMargins().right());
-  };
   int rows = view ? view->GetCount() : 0;
   int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
   int selected = view ? view->GetSelCount() : 0;
   if (focused >= 0 && focused < rows) {
-    fit(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
+    FitStatusPane(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
   } else {
-    fit(stsMsgNum, QStringLiteral("#0"));
+    FitStatusPane(stsMsgNum, QStringLiteral("#0"));
   }
-  fit(stsMsgCount, QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
-  fit(stsSelCount, QStringLiteral("%1 Selected").arg(FormatCount(selected)));
+  UpdateMessageCount();
+  FitStatusPane(stsSelCount, QStringLiteral("%1 Selected").arg(FormatCount(selected)));
 
   // Time difference: first row to the focused row, or first to last selected row.
   if (!view || selected == 0 || rows == 0) {

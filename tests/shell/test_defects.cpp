@@ -176,3 +176,56 @@ TEST_F(DefectTest, InspectorDetailsAndPrintTitleFollowTheFocusedMessageInsideMet
   EXPECT_EQ(pane->StringInspector()->Text(), "done");
   EXPECT_EQ(DetailField(TZTDetailPanel::Category), "Top");
 }
+
+TEST_F(DefectTest, CountsAndScrollRangeCatchUpAfterABurstWithoutInput) {
+  ShowWindow();
+  TZTMessageView& view = View();
+  std::string path = Listen();
+  auto burst = [&](int count, const std::string& prefix) {
+    TChannelClient client(path);
+    EXPECT_TRUE(client.Connected());
+    std::vector<TChannelClient::Frame> frames;
+    for (int i = 0; i < count; ++i) {
+      // A nested trace, so that rows arrive at several levels and collapse on the way.
+      const int32_t type = i % 6 == 0 ? ztmEnterMethod : i % 6 == 5 ? ztmExitMethod : ztmInfo;
+      frames.push_back({ztPacketTag, Packet(MakeMessage(type, prefix + std::to_string(i)))});
+    }
+    client.Send(frames);
+    EXPECT_TRUE(SpinUntil([&] { return client.Done(); }, 60000));
+    client.Join();
+  };
+  auto settled = [&](int32_t rows, int32_t stored) {
+    const QString want = Count(rows) + " out of " + Count(stored) + " Messages";
+    QScrollBar* bar = view.verticalScrollBar();
+    return SpinUntil([&] {
+      return Viewer->StatusText("stsMsgCount") == want && bar->maximum() == rows - view.VisibleRows() &&
+             bar->value() == view.TopIndex();
+    }, 5000);
+  };
+
+  burst(10, "first ");
+  Click(view, 2);
+  ASSERT_TRUE(Settled(2));
+  ASSERT_EQ(Viewer->StatusText("stsMsgCount"), "10 out of 10 Messages");
+  Viewer->SetPaneVisible(TZTPane::CallStack, true);
+
+  burst(2016, "burst ");
+  const int32_t stored = MessageSet.GetRecordCount();
+  ASSERT_EQ(stored, 2026);
+  ASSERT_GT(view.GetCount(), 1000);
+  EXPECT_TRUE(settled(view.GetCount(), stored))
+      << Viewer->StatusText("stsMsgCount").toStdString() << ", scroll range " << view.verticalScrollBar()->maximum()
+      << " for " << view.GetCount() << " rows, " << view.VisibleRows() << " in view";
+  // Auto-scroll keeps the newest row in view.
+  EXPECT_EQ(view.TopIndex(), view.GetCount() - view.VisibleRows());
+  SaveShot(*Viewer, "defects-after-burst.png");
+
+  burst(516, "more ");
+  EXPECT_TRUE(settled(view.GetCount(), 2542)) << Viewer->StatusText("stsMsgCount").toStdString();
+
+  Viewer->ConfirmOnClear = false;
+  Viewer->ConfirmAndClear(true);
+  EXPECT_EQ(Viewer->StatusText("stsMsgCount"), "0 out of 0 Messages");
+  burst(117, "after clear ");
+  EXPECT_TRUE(settled(view.GetCount(), 117)) << Viewer->StatusText("stsMsgCount").toStdString();
+}
