@@ -229,3 +229,53 @@ TEST_F(DefectTest, CountsAndScrollRangeCatchUpAfterABurstWithoutInput) {
   burst(117, "after clear ");
   EXPECT_TRUE(settled(view.GetCount(), 117)) << Viewer->StatusText("stsMsgCount").toStdString();
 }
+
+TEST_F(DefectTest, SelectionCountAndTimeFollowTheKeysAndTheFocusStaysInView) {
+  // Two clocks: rows 0 to 39 from one machine, rows 40 on from one whose clock is three hours behind.
+  for (int i = 0; i < 80; ++i) {
+    const int32_t time = i < 40 ? 36000000 + i * 1000 : 25200000 + i * 1000;
+    TZentrailMessage m = MakeMessage(ztmInfo, "row " + std::to_string(i), 4242, time);
+    m.ComputerName = i < 40 ? "east" : "west";
+    Viewer->ProcessMessage(m);
+  }
+  ShowWindow();
+  TZTMessageView& view = View();
+  view.SetTopIndex(0);
+  view.setFocus();
+
+  // A range across the two clocks runs backwards in time.
+  Click(view, 3);
+  ASSERT_TRUE(Settled(3));
+  EXPECT_EQ(Viewer->StatusText("stsTimeDiff"), "0:00:03.000");
+  Click(view, 41, Qt::ShiftModifier);
+  ASSERT_TRUE(Settled(41));
+  EXPECT_EQ(Viewer->StatusText("stsSelCount"), "39 Selected");
+  EXPECT_EQ(Viewer->StatusText("stsTimeDiff"), "xx:xx:xx.xxx");
+
+  // Ctrl+Home moves the focus alone, and the focused row counts as selected.
+  Key(view.viewport(), Qt::Key_Home, Qt::ControlModifier);
+  ASSERT_TRUE(Settled(0));
+  EXPECT_EQ(Viewer->StatusText("stsSelCount"), "40 Selected");
+  // Home on the focused row leaves it the only selection, and the status says so.
+  Key(view.viewport(), Qt::Key_Home);
+  Pump();
+  int highlighted = 0;
+  for (int32_t row = 0; row < view.GetCount(); ++row) highlighted += view.GetSelected(row) ? 1 : 0;
+  EXPECT_EQ(highlighted, 1);
+  EXPECT_TRUE(view.GetSelected(0));
+  EXPECT_TRUE(SpinUntil([&] { return Viewer->StatusText("stsSelCount") == "1 Selected"; }, 2000))
+      << Viewer->StatusText("stsSelCount").toStdString();
+  EXPECT_EQ(Viewer->StatusText("stsTimeDiff").toStdString(), "0:00:00.000");
+
+  // The focus on the last row in view stays in view when the detail panel takes room below it.
+  const int32_t bottom = view.TopIndex() + view.VisibleRows() - 1;
+  Click(view, bottom);
+  ASSERT_TRUE(Settled(bottom));
+  const int32_t rowsBefore = view.VisibleRows();
+  Viewer->SetDetailPanelVisible(true);
+  ASSERT_TRUE(SpinUntil([&] { return view.VisibleRows() < rowsBefore; }, 2000));
+  EXPECT_GE(bottom, view.TopIndex());
+  EXPECT_LT(bottom, view.TopIndex() + view.VisibleRows()) << "the focused row went out of view";
+  EXPECT_EQ(view.verticalScrollBar()->value(), view.TopIndex());
+  SaveShot(*Viewer, "defects-detail-panel.png");
+}
