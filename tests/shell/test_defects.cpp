@@ -279,3 +279,81 @@ TEST_F(DefectTest, SelectionCountAndTimeFollowTheKeysAndTheFocusStaysInView) {
   EXPECT_EQ(view.verticalScrollBar()->value(), view.TopIndex());
   SaveShot(*Viewer, "defects-detail-panel.png");
 }
+
+TEST_F(DefectTest, EveryDialogTakesEnterAsOkAndEscAsCancel) {
+  for (int i = 0; i < 30; ++i) Viewer->ProcessMessage(MakeMessage(ztmInfo, "m" + std::to_string(i)));
+  ShowWindow();
+  // Each dialog shown as the user gets it, its first field focused, then one key.
+  auto answer = [](QDialog& dialog, QWidget* field, int key) {
+    dialog.setResult(-1);
+    dialog.show();
+    dialog.activateWindow();
+    field->setFocus();
+    Pump();
+    Key(field, key);
+    Pump();
+    const int result = dialog.isVisible() ? -1 : dialog.result();
+    dialog.hide();
+    return result;
+  };
+  auto check = [&](const char* name, QDialog& dialog, QWidget* field) {
+    EXPECT_EQ(answer(dialog, field, Qt::Key_Return), QDialog::Accepted) << name << ": Enter";
+    EXPECT_EQ(answer(dialog, field, Qt::Key_Enter), QDialog::Accepted) << name << ": keypad Enter";
+    EXPECT_EQ(answer(dialog, field, Qt::Key_Escape), QDialog::Rejected) << name << ": Esc";
+  };
+
+  TfrmJumpToMsg jump(Viewer.get());
+  jump.JumpTo()->setCurrentText("12");
+  check("Jump to message", jump, jump.JumpTo()->lineEdit());
+  EXPECT_EQ(FPrompts->Beeps, 0) << "Enter confirms, it is not a wrong key";
+
+  TfrmFind find(Viewer.get());
+  find.FindText()->setCurrentText("m1");
+  check("Find", find, find.FindText()->lineEdit());
+
+  TfrmViewFilter filter(Viewer.get());
+  filter.ViewName()->setText("Errors");
+  check("View Filter", filter, filter.ViewName());
+
+  TfrmSelectNavMsg navigation(Viewer.get());
+  check("Select Navigation Message", navigation, static_cast<QWidget*>(navigation.TypeButton(ztmWarning)));
+
+  TfrmTimeDiffNav threshold(Viewer.get());
+  check("Time Difference", threshold, static_cast<QWidget*>(threshold.findChild<QSpinBox*>("spnThreshold")));
+
+  // The print question of the inspectors, as the pane asks it.
+  // A dialog that ignores the key is closed the other way, so the answer shows it.
+  auto printQuestion = [&](int key) {
+    QTimer::singleShot(0, Viewer.get(), [key] {
+      QWidget* open = QApplication::activeModalWidget();
+      ASSERT_NE(open, nullptr);
+      QWidget* title = open->findChild<QLineEdit*>();
+      ASSERT_NE(title, nullptr);
+      title->setFocus();
+      Key(title, key);
+      if (open->isVisible())
+        static_cast<QDialog*>(open)->done(key == Qt::Key_Escape ? QDialog::Accepted : QDialog::Rejected);
+    });
+    QString title = "Orders (Details)";
+    QPrinter printer;
+    return InspectorPrompts().ChoosePrinter(Viewer.get(), "Print Inspector Contents", title, printer);
+  };
+  EXPECT_TRUE(printQuestion(Qt::Key_Return)) << "Print Inspector Contents: Enter";
+  EXPECT_FALSE(printQuestion(Qt::Key_Escape)) << "Print Inspector Contents: Esc";
+
+  // Through the command, as Ctrl+J runs it: Enter jumps.
+  Click(View(), 2);
+  ASSERT_TRUE(Settled(2));
+  ASSERT_TRUE(Viewer->Action("actJumpToMsg")->isEnabled());
+  QTimer::singleShot(0, Viewer.get(), [&] {
+    auto* open = qobject_cast<TfrmJumpToMsg*>(QApplication::activeModalWidget());
+    ASSERT_NE(open, nullptr);
+    open->JumpTo()->setCurrentText("21");
+    open->JumpTo()->lineEdit()->setFocus();
+    Key(open->JumpTo()->lineEdit(), Qt::Key_Return);
+    // A dialog that ignored Enter must not hang the test.
+    if (open->isVisible()) open->reject();
+  });
+  Viewer->Action("actJumpToMsg")->trigger();
+  EXPECT_EQ(View().ItemIndex(), 20);
+}
