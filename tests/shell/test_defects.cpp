@@ -63,7 +63,7 @@ void Key(QWidget* target, int key, Qt::KeyboardModifiers mods = Qt::NoModifier) 
 }
 
 void Click(TZTMessageView& view, int32_t row, Qt::KeyboardModifiers mods = Qt::NoModifier) {
-  const QPoint at = view.ItemRect(row).center() + QPoint(view.HorzPosition() * 8, 0);
+  const QPoint at = view.ItemRect(row).center() + QPoint(view.HorzPosition() * TZTCustomVirtualListBox::ztHorzScrollStep, 0);
   QMouseEvent press(QEvent::MouseButtonPress, at, view.viewport()->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton,
                     mods);
   QApplication::sendEvent(view.viewport(), &press);
