@@ -140,6 +140,11 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void PositionWindow(int tag);
   void NextView(bool backwards);
 
+  // ---- Detail panes
+  // The live road's one call: the message count in the status bar catches up shortly after a
+  // burst, without any input, at no cost per message.
+  void MessagesArrived();
+
   // ---- Intake settings (the "General" section)
   bool InsertSeparatorOnAppStart = false;
   bool InsertSeparatorOnWakeUp = false;
@@ -297,6 +302,13 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void ArrangeScratchPad();
   void tabViewsChange(int index);
   void ApplicationStateChanged(Qt::ApplicationState state);
+
+  // ---- Detail panes
+  // Goes to the active view's focused record; false without one. Every reader of the focused
+  // message calls it right before it reads, as any walk of the store moves the one cursor.
+  bool GotoFocusedRecord();
+  void UpdateMessageCount();
+  QTimer* FCountsTimer = nullptr;
 
   // ---- Identity of messages that the viewer makes itself
   QString FAppName;

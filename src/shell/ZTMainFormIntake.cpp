@@ -172,6 +172,7 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
   ++FNextMessageID;
   FNavigator->MessageStored(message.MsgType, message.MsgContent);
   FanOut();
+  MessagesArrived();
 }
 
 void TFrmViewer::FanOut() {

@@ -9,6 +9,7 @@
 #include <QProgressBar>
 #include <QStatusBar>
 #include <QTime>
+#include <QTimer>
 #include <array>
 #include <span>
 
@@ -56,6 +57,12 @@ void TFrmViewer::CreateStatusBar() {
   stsMessage = new QLabel(bar);
   stsMessage->setObjectName(QStringLiteral("stsMessage"));
   bar->addWidget(stsMessage, 1);
+
+  // A tenth of a second: soon enough to read as at once, rare enough to cost nothing in a burst.
+  FCountsTimer = new QTimer(this);
+  FCountsTimer->setSingleShot(true);
+  FCountsTimer->setInterval(100);
+  connect(FCountsTimer, &QTimer::timeout, this, [this] { UpdateMessageCount(); });
 }
 
 // ---------------------------------------------------------------------------------------------------
@@ -65,8 +72,10 @@ void TFrmViewer::HideInspectors() {
   if (FInspectorPane) FInspectorPane->HideAllInspectors();
 }
 
+bool TFrmViewer::GotoFocusedRecord() { return FActiveList && FActiveList->SelectCurrentRecord(); }
+
 // The inspector that fits the focused message, and for two selected messages the pair that a plug-in
-// may compare. The store stands on the focused record when this is called.
+// may compare; then the call stack of the message, as the inspector had to read the record first.
 void TFrmViewer::ShowInspector() {
   if (!FInspectorPane) return;
   IZTMessageView* view = ActiveView();
@@ -82,11 +91,13 @@ void TFrmViewer::ShowInspector() {
       recNos = pair;
     }
   }
-  const int32_t focusedRecNo = MessageSet.RecNo;
+  if (!GotoFocusedRecord()) return;
   const int panel = FInspectorPane->ShowCurrentMessage(selected, recNos, FInspectorVisible);
-  if (MessageSet.RecNo != focusedRecNo && focusedRecNo > 0) MessageSet.GotoRec(focusedRecNo);
   // A separator has no data to inspect and no place in a call.
-  if (panel == 0) ClearCallStack();
+  if (panel == TZTInspectorPane::pnNone)
+    ClearCallStack();
+  else
+    RefreshCallStack(view);
 }
 
 void TFrmViewer::ClearDetails() { pnlMsgDetails->Clear(); }
@@ -120,8 +131,11 @@ void TFrmViewer::UpdateMessageDetails() {
     UpdateCommandStates();
     return;
   }
-  FActiveList->SelectCurrentRecord();
+  // Each step below may walk the store (the navigator's command states do), so each goes back
+  // to the focused record before it reads.
+  GotoFocusedRecord();
   FNavigator->MessageSelected();
+  GotoFocusedRecord();
   TZentrailTimeStamp stamp = MessageSet.GetTimeStamp();
   TZTDateTimeParts parts;
   QDate date;
@@ -139,28 +153,46 @@ void TFrmViewer::UpdateMessageDetails() {
   pnlMsgDetails->SetField(TZTDetailPanel::ThreadName, text(MessageSet.GetThreadName()));
   pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
   pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
-  RefreshCallStack(view);
   ShowInspector();
   UpdateCommandStates();
 }
 
+namespace {
+
+// Each count pane is as wide as its text needs, with 10 pixels to spare.
+void FitStatusPane(QLabel* label, const QString& text) {
+  label->setText(text);
+  label->setFixedWidth(label->fontMetrics().horizontalAdvance(text) + 10 + label->contentsMargins().left() +
+                       label->contentsMargins().right());
+}
+
+}  // namespace
+
+void TFrmViewer::MessagesArrived() {
+  // Armed by the first message after a quiet spell and never restarted, so a long burst still
+  // shows its progress, and the last message of any burst shows within one interval.
+  if (!FCountsTimer->isActive()) FCountsTimer->start();
+}
+
+void TFrmViewer::UpdateMessageCount() {
+  IZTMessageView* view = ActiveView();
+  const int rows = view ? view->GetCount() : 0;
+  FitStatusPane(stsMsgCount,
+                QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
+}
+
 void TFrmViewer::UpdateStatusCounts() {
   IZTMessageView* view = ActiveView();
-  auto fit = [](QLabel* label, const QString& text) {
-    label->setText(text);
-    label->setFixedWidth(label->fontMetrics().horizontalAdvance(text) + 10 + label->contentsMargins().left() +
-                         label->contentsMargins().right());
-  };
   int rows = view ? view->GetCount() : 0;
   int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
   int selected = view ? view->GetSelCount() : 0;
   if (focused >= 0 && focused < rows) {
-    fit(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
+    FitStatusPane(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
   } else {
-    fit(stsMsgNum, QStringLiteral("#0"));
+    FitStatusPane(stsMsgNum, QStringLiteral("#0"));
   }
-  fit(stsMsgCount, QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
-  fit(stsSelCount, QStringLiteral("%1 Selected").arg(FormatCount(selected)));
+  UpdateMessageCount();
+  FitStatusPane(stsSelCount, QStringLiteral("%1 Selected").arg(FormatCount(selected)));
 
   // Time difference: first row to the focused row, or first to last selected row.
   if (!view || selected == 0 || rows == 0) {
@@ -180,12 +212,10 @@ void TFrmViewer::UpdateStatusCounts() {
   } else {
     view->GetFirstLastSelections(rec1, rec2);
   }
-  int32_t keep = MessageSet.RecNo;
   MessageSet.GotoRec(rec1);
   TZentrailTimeStamp t1 = MessageSet.GetTimeStamp();
   MessageSet.GotoRec(rec2);
   TZentrailTimeStamp t2 = MessageSet.GetTimeStamp();
-  if (keep > 0) MessageSet.GotoRec(keep);
   int64_t diff = (int64_t(t2.Date) - t1.Date) * 86400000 + t2.Time - t1.Time;
   stsTimeDiff->setEnabled(true);
   if (diff < 0) {
@@ -235,7 +265,7 @@ void TFrmViewer::PrintInspectorContents() {
   if (!FInspectorPane) return;
   const int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
   std::string_view text;
-  if (focused >= 0 && FActiveList->SelectCurrentRecord()) text = MessageSet.GetMsgText();
+  if (focused >= 0 && GotoFocusedRecord()) text = MessageSet.GetMsgText();
   FInspectorPane->PrintInspectorContents(TZTInspectorPane::ProposedPrintTitle(focused >= 0, text));
 }
 

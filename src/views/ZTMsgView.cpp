@@ -674,7 +674,7 @@ bool TZTMessageView::CollapseAtExitInternal(int32_t row, bool notify) {
 bool TZTMessageView::IsCurrentMethodCollapsed() {
   const int32_t focus = ItemIndex();
   if (focus < 0 || focus >= FRows.Count()) return false;
-  return FItems.GetItems(FRows.GetItems(focus)).Collapsed && MessageSet.GetMsgType() == ztmEnterMethod;
+  return IsCollapsed(focus);
 }
 
 bool TZTMessageView::IsCollapsed(int32_t row) {

@@ -170,7 +170,8 @@ TfrmJumpToMsg::TfrmJumpToMsg(QWidget* parent) : QDialog(parent) {
   buttons->addStretch(1);
   btnOK = new QPushButton(tr("OK"), this);
   auto* btnCancel = new QPushButton(tr("Cancel"), this);
-  btnOK->setAutoDefault(false);
+  // Enter in the box is never input: it goes to OK, as in every dialog; Esc cancels.
+  btnOK->setDefault(true);
   btnCancel->setAutoDefault(false);
   connect(btnOK, &QPushButton::clicked, this, [this] {
     const QString text = cbxJumpTo->currentText();
@@ -187,9 +188,8 @@ bool TfrmJumpToMsg::eventFilter(QObject* watched, QEvent* event) {
   if (watched == cbxJumpTo->lineEdit() && event->type() == QEvent::KeyPress) {
     const auto* key = static_cast<QKeyEvent*>(event);
     const QString text = key->text();
-    const bool enter = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
     const bool printable = !text.isEmpty() && text.at(0).isPrint();
-    if (enter || (printable && !text.at(0).isDigit())) {
+    if (printable && !text.at(0).isDigit()) {
       PromptService().Beep();
       return true;
     }

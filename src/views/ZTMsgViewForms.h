@@ -43,8 +43,9 @@ class TfrmEditMessage : public QDialog {
   bool FDragging = false;
 };
 
-// "Jump to message #": digits only; any other printable key, and Enter in the box, beep and are
-// dropped. Numbers typed are kept in the box's list while the dialog lives.
+// "Jump to message #": digits only; any other printable key beeps and is dropped. Enter never
+// reaches the box: it confirms the dialog. Numbers typed are kept in the box's list while the
+// dialog lives.
 class TfrmJumpToMsg : public QDialog {
   Q_OBJECT
  public:

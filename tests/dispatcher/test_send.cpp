@@ -61,6 +61,8 @@ TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
   EXPECT_EQ(messages[0].Category, "Build");
   EXPECT_EQ(messages[0].AppName, "ci-job");
   EXPECT_EQ(messages[0].Details, "key=value\r\nother=1");
+  EXPECT_EQ(messages[0].MsgContent, ztmTextFile);
+  EXPECT_EQ(messages[1].MsgContent, ztmText);
   EXPECT_EQ(messages[1].MsgType, ztmLevel1);
   EXPECT_EQ(messages[1].MsgText, "--looks like an option");
   EXPECT_EQ(messages[1].AppName, "zentrail-send");

@@ -105,14 +105,14 @@ TEST_F(ViewForms, JumpDialogTakesDigitsOnlyAndCountsRowsFromOne) {
     TModalDriver<TfrmJumpToMsg> driver([&](TfrmJumpToMsg& form) {
       QTest::keyClicks(form.JumpTo()->lineEdit(), typed);
       QTest::keyClick(form.JumpTo()->lineEdit(), Qt::Key_Return);
-      form.OkButton()->click();
+      if (form.isVisible()) form.OkButton()->click();
     });
     view.JumpToMsgDlg();
     EXPECT_EQ(driver.Runs, 1);
   };
   jump(QStringLiteral("1x2"));
   EXPECT_EQ(view.GetFocusedMsgIndex(), 11);  // "12": the letter was dropped
-  EXPECT_EQ(prompts.Beeps, 2);               // the letter and the Enter key
+  EXPECT_EQ(prompts.Beeps, 1);               // the letter; Enter confirms
   jump(QStringLiteral("0"));
   EXPECT_EQ(view.GetFocusedMsgIndex(), 0);
   jump(QStringLiteral("500"));

@@ -164,7 +164,8 @@ int main(int argc, char** argv) {
 
   auto sendOne = [&](const std::string& t) {
     if (!log.Enabled()) return false;
-    return log.InternalSend(type, ztmText, {}, details, t) != 0;
+    // Details of a plain text message are never shown; as a text file they get the Text inspector.
+    return log.InternalSend(type, details.empty() ? ztmText : ztmTextFile, {}, details, t) != 0;
   };
   int status = 0;
   if (lines) {

@@ -9,6 +9,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPaintEvent>
+#include <QResizeEvent>
 #include <QPointer>
 #include <QScrollBar>
 #include <QStyleOptionFocusRect>
@@ -209,8 +210,10 @@ void TZTCustomVirtualListBox::SetTabStops(const std::vector<int>& stops) {
 
 // ---- geometry ----------------------------------------------------------------------------------
 
-int32_t TZTCustomVirtualListBox::VisibleRows() const {
-  const int32_t area = viewport()->height() - HeaderHeight();
+int32_t TZTCustomVirtualListBox::VisibleRows() const { return RowsForHeight(viewport()->height()); }
+
+int32_t TZTCustomVirtualListBox::RowsForHeight(int height) const {
+  const int32_t area = height - HeaderHeight();
   if (area <= 0) return 1;
   const int32_t rows = FIntegralHeight ? area / FRowHeight : (area + FRowHeight - 1) / FRowHeight;
   return std::max(1, rows);
@@ -446,10 +449,12 @@ void TZTCustomVirtualListBox::MoveFocusTo(int32_t row, bool extend) {
   if (FNumItems <= 0) return;
   row = Clamp(row, 0, FNumItems - 1);
   if (row == FItemIndex && !extend) {
-    // No change of focus, but a plain key still leaves the focused row as the only selection.
+    // No change of focus, but a plain key still leaves the focused row as the only selection,
+    // and whoever counts the selection must hear of it.
     DeselectAll();
     SelectItem(row, true);
     FAnchor = row;
+    emit SelectionChangedByUser();
     return;
   }
   if (extend && FMultiSelect) {
@@ -605,7 +610,19 @@ void TZTCustomVirtualListBox::changeEvent(QEvent* event) {
   QAbstractScrollArea::changeEvent(event);
 }
 
-bool TZTCustomVirtualListBox::viewportEvent(QEvent* event) { return QAbstractScrollArea::viewportEvent(event); }
+bool TZTCustomVirtualListBox::viewportEvent(QEvent* event) {
+  if (event->type() == QEvent::Resize) {
+    // A pane that takes room from the list (a detail panel below it, a scroll bar appearing) must
+    // not push the focused row out of view: the row the user looks at stays on screen.
+    const int oldHeight = static_cast<QResizeEvent*>(event)->oldSize().height();
+    const int32_t oldRows = oldHeight > HeaderHeight() ? RowsForHeight(oldHeight) : 0;
+    const int32_t rows = VisibleRows();
+    if (FItemIndex >= FTopIndex && FItemIndex < static_cast<int64_t>(FTopIndex) + oldRows &&
+        FItemIndex >= static_cast<int64_t>(FTopIndex) + rows)
+      SetTopIndex(FItemIndex - rows + 1);
+  }
+  return QAbstractScrollArea::viewportEvent(event);
+}
 
 void TZTCustomVirtualListBox::focusInEvent(QFocusEvent* event) {
   QAbstractScrollArea::focusInEvent(event);

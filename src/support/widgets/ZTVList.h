@@ -89,6 +89,7 @@ class TZTCustomVirtualListBox : public QAbstractScrollArea {
 
   // Derived state.
   int32_t VisibleRows() const;  // whole rows on screen, at least 1
+  int32_t RowsForHeight(int viewportHeight) const;  // the same for a viewport of that height
   int32_t HeaderHeight() const { return FShowHeader ? FRowHeight : 0; }
   int32_t HorzPosition() const { return FHorzPosition; }
   void SetHorzPosition(int32_t position);
