@@ -309,6 +309,9 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool GotoFocusedRecord();
   void UpdateMessageCount();
   QTimer* FCountsTimer = nullptr;
+  // Whether the commands were last set for a view with rows: the first rows of a burst into an
+  // empty view must enable them, without command updates on every message.
+  bool FCommandsSawRows = false;
 
   // ---- Identity of messages that the viewer makes itself
   QString FAppName;

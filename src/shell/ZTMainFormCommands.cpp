@@ -237,6 +237,7 @@ void TFrmViewer::UpdateCommandStates() {
   if (FLoadingFile || FActions.empty() || !tabViews) return;
   IZTMessageView* view = ActiveView();
   bool hasRows = view && view->GetCount() > 0;
+  FCommandsSawRows = hasRows;
   int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
   bool hasFocus = hasRows && focused >= 0;
   bool hasSelection = view && view->GetSelCount() > 0;

@@ -62,7 +62,15 @@ void TFrmViewer::CreateStatusBar() {
   FCountsTimer = new QTimer(this);
   FCountsTimer->setSingleShot(true);
   FCountsTimer->setInterval(100);
-  connect(FCountsTimer, &QTimer::timeout, this, [this] { UpdateMessageCount(); });
+  connect(FCountsTimer, &QTimer::timeout, this, [this] {
+    // The first rows of a burst into an empty view enable the commands that need rows; after that
+    // only the count moves.
+    IZTMessageView* view = ActiveView();
+    if (!FCommandsSawRows && view && view->GetCount() > 0)
+      UpdateCommandStates();
+    else
+      UpdateMessageCount();
+  });
 }
 
 // ---------------------------------------------------------------------------------------------------

@@ -226,8 +226,11 @@ TEST_F(DefectTest, CountsAndScrollRangeCatchUpAfterABurstWithoutInput) {
   Viewer->ConfirmOnClear = false;
   Viewer->ConfirmAndClear(true);
   EXPECT_EQ(Viewer->StatusText("stsMsgCount"), "0 out of 0 Messages");
+  EXPECT_FALSE(Viewer->Action("actClear")->isEnabled());
   burst(117, "after clear ");
   EXPECT_TRUE(settled(view.GetCount(), 117)) << Viewer->StatusText("stsMsgCount").toStdString();
+  // The commands that need rows come on with the first rows, also without input.
+  EXPECT_TRUE(Viewer->Action("actClear")->isEnabled());
 }
 
 TEST_F(DefectTest, SelectionCountAndTimeFollowTheKeysAndTheFocusStaysInView) {
