@@ -30,9 +30,16 @@ std::string HexTag(uint32_t tag) {
 std::string TZTLogTail::PartFileName(const std::string& path, int n) {
   const auto slash = path.rfind('/');
   const auto dot = path.rfind('.');
-  const std::string suffix = "." + std::to_string(n);
-  if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix;
-  return path.substr(0, dot) + suffix + path.substr(dot);
+  const std::string number = std::to_string(n);
+  const bool hasExtension = dot != std::string::npos && (slash == std::string::npos || dot > slash);
+  const std::size_t at = hasExtension ? dot : path.size();
+  std::string name;
+  name.reserve(path.size() + number.size() + 1);
+  name.append(path, 0, at);
+  name += '.';
+  name += number;
+  name.append(path, at, std::string::npos);
+  return name;
 }
 
 TZTLogTail::~TZTLogTail() { Close(); }

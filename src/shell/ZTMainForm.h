@@ -150,7 +150,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // Called each time a load lets the window repaint, before the pending events run.
   std::function<void()> OnLoadSlice;
   // How long a load reads before it lets the window repaint and hear Esc.
-  int32_t LoadSliceMs = 50;
+  int32_t LoadSliceMs = 40;
   virtual void AddNote();
   void AddCheckPoint();
   int32_t CheckPointCount() const { return FCheckPointCount; }

@@ -241,6 +241,8 @@ void TFrmViewer::LoadLogFile(const QString& fileName, bool append) {
         bracket.Refresh();
         if (OnLoadSlice) OnLoadSlice();
         QCoreApplication::processEvents();
+        // Painted now: a requested update would wait for a timer that only the next slice runs.
+        repaint();
         if (gate.Cancelled()) {
           FLastLoad.Cancelled = true;
           break;
