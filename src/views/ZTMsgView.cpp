@@ -5,6 +5,7 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QTimer>
 #include <algorithm>
@@ -492,11 +493,13 @@ void TZTMessageView::CopyToClipboard() {
                     QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
   }
   if (lines.isEmpty()) return;
-  if (lines.size() == 1) {
-    QApplication::clipboard()->setText(lines.front().trimmed());
-    return;
-  }
-  QApplication::clipboard()->setText(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+  const QString text =
+      lines.size() == 1 ? lines.front().trimmed() : lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n");
+  // A rich editor takes the HTML flavour, which keeps the indentation in a fixed-pitch block.
+  auto* data = new QMimeData;
+  data->setText(text);
+  data->setHtml(QStringLiteral("<pre>") + text.toHtmlEscaped() + QStringLiteral("</pre>"));
+  QApplication::clipboard()->setMimeData(data);
 }
 
 // ---- deleting rows -----------------------------------------------------------------------------
