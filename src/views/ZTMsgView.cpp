@@ -987,20 +987,6 @@ int32_t TZTMessageView::FindBookmark(int32_t recNo) const {
   return -1;
 }
 
-// ---- not yet part of this build ----------------------------------------------------------------
-
-namespace {
-
-void NotAvailable(QWidget* parent, const char* what) {
-  PromptService().ShowMessage(parent, QStringLiteral("%1 is not available in this version of the viewer.")
-                                          .arg(QString::fromLatin1(what)),
-                              TZTPromptKind::Information);
-}
-
-}  // namespace
-
-void TZTMessageView::Print(const QString&, bool, int32_t, uint16_t) { NotAvailable(this, "Printing"); }
-
 // ---- activation and input ----------------------------------------------------------------------
 
 void TZTMessageView::Activated() {}

@@ -288,6 +288,9 @@ TEST_F(LogFilesTest, TheInvalidLogFormShortensThePathToItsLabel) {
   EXPECT_TRUE(lines[1].endsWith("/broken.ztl"));
   EXPECT_LE(form.TextLabel()->fontMetrics().horizontalAdvance(lines[1]), TfrmInvalidLog::LabelWidth);
   EXPECT_TRUE(form.TextLabel()->text().endsWith("The record at byte offset 8 cannot be read."));
+  const fs::path screens = fs::path(ZENTRAIL_BINARY_DIR) / "test-screens" / "shell";
+  fs::create_directories(screens);
+  form.grab().save(QString::fromStdString((screens / "invalid-log-form.png").string()));
 }
 
 TEST_F(LogFilesTest, SavedThenOpenedGivesTheSameMessagesAndAFilteredViewSavesItsRows) {
