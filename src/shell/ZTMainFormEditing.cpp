@@ -22,11 +22,11 @@ void TFrmViewer::CreateEditCommands() {
                if (row >= 0) FActiveList->EditMessage(row);
                UpdateCommandStates();
              });
-  AddCommand("actAddNote", QStringLiteral("Add &Note"), QStringLiteral("Add Note"), {}, nullptr, [this] { AddNote(); });
-  AddCommand("actAddCheckPoint", QStringLiteral("Add Check&Point"), QStringLiteral("Add CheckPoint"), {}, nullptr,
+  AddCommand("actAddNote", QStringLiteral("Add &Note"), QStringLiteral("Add Note"), {}, "note", [this] { AddNote(); });
+  AddCommand("actAddCheckPoint", QStringLiteral("Add Check&Point"), QStringLiteral("Add CheckPoint"), {}, "checkpoint",
              [this] { AddCheckPoint(); });
   QAction* remove = AddCommand("actDelete", QStringLiteral("&Delete"), QStringLiteral("Delete Selected Messages"),
-                               QKeySequence(Qt::Key_Delete), "clear", [this] {
+                               QKeySequence(Qt::Key_Delete), "delete", [this] {
                                  if (IZTMessageView* view = ActiveView()) view->DeleteSelection();
                                  UpdateMessageDetails();
                                  UpdateCommandStates();

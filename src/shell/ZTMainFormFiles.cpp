@@ -78,14 +78,14 @@ QString OffsetList(const std::vector<uint64_t>& offsets) {
 
 void TFrmViewer::CreateFileCommands() {
   AddCommand("actOpen", QStringLiteral("&Open..."), QStringLiteral("Open Log File"), QKeySequence(Qt::CTRL | Qt::Key_O),
-             nullptr, [this] { OpenLogFile(false); });
-  AddCommand("actAppend", QStringLiteral("&Append..."), QStringLiteral("Append Log File"), {}, nullptr,
+             "open", [this] { OpenLogFile(false); });
+  AddCommand("actAppend", QStringLiteral("&Append..."), QStringLiteral("Append Log File"), {}, "append",
              [this] { OpenLogFile(true); });
   AddCommand("actSave", QStringLiteral("&Save..."), QStringLiteral("Save Messages to Log File"),
-             QKeySequence(Qt::CTRL | Qt::Key_S), nullptr, [this] { SaveLogFile(); });
+             QKeySequence(Qt::CTRL | Qt::Key_S), "save", [this] { SaveLogFile(); });
   AddCommand("actExport", QStringLiteral("&Export..."), QString(), {}, nullptr, [this] { ExportMessages(); });
   AddCommand("actFollowLog", QStringLiteral("&Follow Log File..."),
-             QStringLiteral("Open a Log File and Keep Reading What Is Appended to It"), {}, nullptr, [this] {
+             QStringLiteral("Open a Log File and Keep Reading What Is Appended to It"), {}, "follow", [this] {
                if (Following()) {
                  StopFollowing();
                } else {

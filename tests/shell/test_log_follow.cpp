@@ -157,6 +157,23 @@ TEST_F(LogFollowTest, TheRecordsThatADispatcherFileDestinationWritesAcrossItsPar
   ASSERT_EQ(texts.size(), 60u);
   for (int i = 0; i < 60; ++i) EXPECT_EQ(texts[static_cast<size_t>(i)], "message " + std::to_string(i));
   EXPECT_TRUE(FPrompts->Prompts.empty());
+
+  // The dispatcher's file opens like any other log: its records, in order, field for field as
+  // they were followed.
+  const int32_t followedCount = MessageSet.GetRecordCount();
+  std::vector<TZentrailMessage> followed(static_cast<size_t>(followedCount));
+  for (int32_t r = 1; r <= followedCount; ++r) MessageSet.GetMessage(r, followed[static_cast<size_t>(r - 1)]);
+  FPrompts->ThreeWayAnswers = {TZTAnswer::No};
+  Viewer->LoadLogFile(QString::fromStdString(log.string()), false);
+  EXPECT_FALSE(Viewer->Following());
+  const int32_t loaded = MessageSet.GetRecordCount();
+  ASSERT_GT(loaded, 0);
+  ASSERT_LT(loaded, followedCount);
+  for (int32_t r = 1; r <= loaded; ++r) {
+    TZentrailMessage m;
+    MessageSet.GetMessage(r, m);
+    EXPECT_EQ(m, followed[static_cast<size_t>(followedCount - loaded + r - 1)]) << "record " << r;
+  }
   fs::remove(registry);
 }
 
