@@ -251,7 +251,9 @@ void TFrmViewer::LoadLogFile(const QString& fileName, bool append) {
       }
     }
     closeWanted = gate.CloseWanted();
-    normalEnd = failure.isEmpty() && !FLastLoad.Invalid;
+    // A file that cannot be opened read nothing, and Auto-Scroll comes back as after any other
+    // end; only a load that stopped at a bad record leaves it off.
+    normalEnd = !FLastLoad.Invalid;
   }
 
   if (!failure.isEmpty()) {

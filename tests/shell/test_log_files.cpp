@@ -257,6 +257,7 @@ TEST_F(LogFilesTest, BadFilesKeepWhatCameBeforeAndSayOneClearThing) {
   ASSERT_EQ(FPrompts->Prompts.size(), 1u);
   EXPECT_TRUE(FPrompts->Prompts.back().Text.contains("is a folder")) << FPrompts->Prompts.back().Text.toStdString();
   EXPECT_EQ(MessageSet.GetRecordCount(), kept);
+  EXPECT_TRUE(Viewer->GetAutoScroll());
   if (::geteuid() != 0) {
     const fs::path locked = Write("locked.ztl", good);
     fs::permissions(locked, fs::perms::none);
