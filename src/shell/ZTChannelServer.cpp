@@ -90,6 +90,7 @@ void TZTChannelServer::AcceptClients() {
     auto client = std::make_unique<Client>();
     client->Fd = fd;
     client->Notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    client->Notifier->setEnabled(!FHeld);
     Client* raw = client.get();
     connect(client->Notifier, &QSocketNotifier::activated, this, [this, raw] { ServeClient(raw); });
     FClients.push_back(std::move(client));
@@ -166,7 +167,17 @@ void TZTChannelServer::ServeClient(Client* client) {
   }
   if (client->Rearm) {
     client->Rearm = false;
-    client->Notifier->setEnabled(true);
+    client->Notifier->setEnabled(!FHeld);
+  }
+}
+
+void TZTChannelServer::Hold(bool held) {
+  FHeld = held;
+  if (FListenNotifier) FListenNotifier->setEnabled(!held);
+  for (auto& client : FClients) {
+    // A client in the middle of a frame is re-armed when the frame is done.
+    if (client->Dead || client->Busy || !client->Notifier) continue;
+    client->Notifier->setEnabled(!held);
   }
 }
 

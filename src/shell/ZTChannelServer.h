@@ -49,6 +49,11 @@ class TZTChannelServer : public QObject {
   bool IsListening() const { return FListenFd >= 0; }
   const std::string& SocketPath() const { return FPath; }
 
+  // While held, no client is accepted and no frame read: senders wait for their replies until the
+  // hold ends. A log being read holds the channel, so that no live message comes between its records.
+  void Hold(bool held);
+  bool Held() const { return FHeld; }
+
   int ClientCount() const;
   // Frames answered since Listen, for tests and diagnostics.
   uint64_t FramesServed() const { return FFramesServed; }
@@ -70,6 +75,7 @@ class TZTChannelServer : public QObject {
   std::vector<char> FReadBuffer;
   uint64_t FFramesServed = 0;
   bool FReapPending = false;
+  bool FHeld = false;
 };
 
 }  // namespace zentrail

@@ -51,6 +51,47 @@ void Draw(QPainter& p, const char* name) {
     Window(p, QRectF(1.5, 2.5, 13, 11));
     p.fillRect(QRectF(2, 5.5, 12, 3), QColor(0xdd, 0xe6, 0xf3));
     Lines(p, 3, 10.5, 10, 2, 2);
+  } else if (is("open") || is("append") || is("follow")) {
+    // A folder; appending adds a plus, following an arrow down into it.
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(QColor(0xf4, 0xd0, 0x6a));
+    p.drawPolygon(QPolygonF({QPointF(1.5, 4.5), QPointF(6, 4.5), QPointF(7.5, 6), QPointF(14.5, 6), QPointF(14.5, 13.5),
+                             QPointF(1.5, 13.5)}));
+    if (is("append")) {
+      p.setPen(QPen(kAccent, 2));
+      p.drawLine(QPointF(11, 7.5), QPointF(11, 12.5));
+      p.drawLine(QPointF(8.5, 10), QPointF(13.5, 10));
+    } else if (is("follow")) {
+      p.setPen(QPen(kAccent, 2));
+      p.drawLine(QPointF(10, 1), QPointF(10, 9));
+      p.setPen(Qt::NoPen);
+      p.setBrush(kAccent);
+      p.drawPolygon(QPolygonF({QPointF(7, 8), QPointF(13, 8), QPointF(10, 12)}));
+    }
+  } else if (is("save")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kAccent);
+    p.drawRect(QRectF(1.5, 1.5, 13, 13));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(4.5, 1.5, 7, 5));
+    p.drawRect(QRectF(3.5, 9.5, 9, 5));
+  } else if (is("note")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(QColor(0xff, 0xf0, 0x8a));
+    p.drawPolygon(QPolygonF({QPointF(1.5, 1.5), QPointF(14.5, 1.5), QPointF(14.5, 10.5), QPointF(10.5, 14.5),
+                             QPointF(1.5, 14.5)}));
+    Lines(p, 4, 5.5, 8, 3, 2.5);
+  } else if (is("checkpoint")) {
+    p.setPen(QPen(kInk, 1.5));
+    p.drawLine(QPointF(3.5, 1.5), QPointF(3.5, 15));
+    p.setPen(Qt::NoPen);
+    p.setBrush(QColor(0x3c, 0xa0, 0x4a));
+    p.drawPolygon(QPolygonF({QPointF(4, 2), QPointF(14, 4.5), QPointF(4, 8)}));
+  } else if (is("delete")) {
+    Lines(p, 1.5, 4.5, 8, 3, 3);
+    p.setPen(QPen(QColor(0xd0, 0x30, 0x30), 2));
+    p.drawLine(QPointF(9.5, 7.5), QPointF(14.5, 12.5));
+    p.drawLine(QPointF(14.5, 7.5), QPointF(9.5, 12.5));
   } else if (is("clearall") || is("clear")) {
     p.setPen(QPen(kInk, 1));
     p.setBrush(kPaper);

@@ -20,6 +20,7 @@
 #include "TransportPacket.h"
 #include "ZTChannelServer.h"
 #include "ZTCustomViewIntf.h"
+#include "ZTLogTail.h"
 #include "ZentrailMessage.h"
 
 class QAction;
@@ -34,6 +35,7 @@ class QSplitter;
 class QStackedWidget;
 class QTabBar;
 class QTableWidget;
+class QFileSystemWatcher;
 class QTimer;
 class QToolBar;
 
@@ -44,6 +46,7 @@ class TZTDetailPanel;
 class TZTNavigator;
 class TZTInspectorPane;
 class TZTIniFile;
+class TZTFileHandoffServer;
 
 // The custom view classes by key. The plug-in manager keeps this list once it exists; until then
 // the shell registers its own view class here at start.
@@ -93,6 +96,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   uint32_t WMCopyData(uint32_t tag, std::string_view data) override;
   void CopyDataFailed(const std::string& text) override;
   void ProcessMessage(const TZentrailMessage& message);
+  // The same for a record read from a log, without a message object.
+  void ProcessMessage(const TZentrailPacketView& message);
   void StoreMessage(const TZentrailMessage& message);
   void AddSeparator(const TZentrailMessage* source);
   void AddResetSeparator(const TZentrailMessage* source);
@@ -109,6 +114,48 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
 
   // ---- Files
   virtual void LoadLogFile(const QString& fileName, bool append);
+
+  // ---- Log files, following a log, printing and editing
+  // The file dialog, then LoadLogFile.
+  void OpenLogFile(bool append);
+  // The file dialog, then WriteLogFile; needs the active view's save interface.
+  void SaveLogFile();
+  void WriteLogFile(const QString& fileName);
+  void ExportMessages();
+  // The dialog, then StartFollowing.
+  void FollowLogFile();
+  // Loads the file like Open and keeps reading what is appended to it, across rotations, until
+  // StopFollowing, another Open or a fault in the file. False when the file cannot be opened or
+  // the user cancels the question.
+  bool StartFollowing(const QString& fileName);
+  void StopFollowing();
+  bool Following() const;
+  const TZTLogTail* FollowedLog() const { return FFollowed.get(); }
+  // Reads what the followed file holds now; the watcher and the timer call it.
+  void FollowTick();
+  // Listens for the files that a second start of the viewer hands on.
+  bool StartFileHandoff(std::string& error);
+  // Where the log dialogs start: the last folder used, else "My Zentrail Files/Logs".
+  QString LogFolder() const;
+  bool LoadingFile() const { return FLoadingFile; }
+  // What the last LoadLogFile did.
+  struct TZTLoadOutcome {
+    int Records = 0;      // records read and added
+    bool Cancelled = false;
+    bool Invalid = false;  // stopped at a record that could not be read
+    int Unsupported = 0;   // words of no known format skipped
+    int Slices = 0;        // times the window was let repaint
+  };
+  const TZTLoadOutcome& LastLoad() const { return FLastLoad; }
+  // Called each time a load lets the window repaint, before the pending events run.
+  std::function<void()> OnLoadSlice;
+  // How long a load reads before it lets the window repaint and hear Esc.
+  int32_t LoadSliceMs = 40;
+  virtual void AddNote();
+  void AddCheckPoint();
+  int32_t CheckPointCount() const { return FCheckPointCount; }
+  // The print form, then the active view prints.
+  void PrintMessages();
 
   // ---- Views
   IZTMessageView* CreateView(const QString& name, const TZTFilterCriteria& filter, bool modified,
@@ -312,6 +359,29 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // Whether the commands were last set for a view with rows: the first rows of a burst into an
   // empty view must enable them, without command updates on every message.
   bool FCommandsSawRows = false;
+
+  // ---- Log files, following a log, printing and editing
+  void CreateFileCommands();
+  void UpdateFileCommandStates(bool hasRows);
+  void CreateEditCommands();
+  void UpdateEditCommandStates(bool hasRows, bool hasFocus, bool hasSelection, int32_t focusedType);
+  // The adding path of a record read from a log: separators are made anew, all else is processed.
+  void AddLogRecord(const TZentrailPacketView& record);
+  void ShowInvalidLog(const QString& path, const QString& note);
+  void HandedFile(const QString& fileName);
+  void QueueFollowTick();
+  // The confirmation of a clear; false when the user says No. clearAll may be widened.
+  bool AskConfirmClear(bool& clearAll);
+  // What stsMessage shows between operations.
+  QString IdleStatusText() const;
+  std::unique_ptr<TZTLogTail> FFollowed;
+  QFileSystemWatcher* FFollowWatcher = nullptr;
+  QTimer* FFollowTimer = nullptr;
+  bool FFollowTickQueued = false;
+  TZTFileHandoffServer* FHandoff = nullptr;
+  std::vector<std::pair<QString, bool>> FPendingLoads;
+  TZTLoadOutcome FLastLoad;
+  int32_t FCheckPointCount = 0;
 
   // ---- Identity of messages that the viewer makes itself
   QString FAppName;

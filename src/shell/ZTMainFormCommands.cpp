@@ -165,6 +165,8 @@ void TFrmViewer::CreateCommands() {
         ModifyView(view, name, criteria);
       });
   FNavigator->CreateCommands();
+  CreateFileCommands();
+  CreateEditCommands();
 }
 
 void TFrmViewer::CreateMenus() {
@@ -178,9 +180,12 @@ void TFrmViewer::CreateMenus() {
       }
     }
   };
-  addAll(bar->addMenu(QStringLiteral("&File")), {"actPrintInspectorContents", "-", "actExit"});
-  addAll(bar->addMenu(QStringLiteral("&Edit")), {"actCopyMessageText", "actCopyInspectorContents", "-", "actAddSeparator", "actAddResetSeparator",
-                                                 "-", "actClear", "actClearAll", "-", "actSelectAll"});
+  addAll(bar->addMenu(QStringLiteral("&File")), {"actOpen", "actAppend", "actSave", "actExport", "actFollowLog", "-",
+                                                 "actPrint", "actPrintInspectorContents", "-", "actExit"});
+  addAll(bar->addMenu(QStringLiteral("&Edit")), {"actEditMessage", "actCopyMessageText", "actCopyInspectorContents", "-",
+                                                 "actAddNote", "actAddCheckPoint", "actAddSeparator", "actAddResetSeparator",
+                                                 "-", "actDelete", "actCropToSelection", "actClear", "actClearAll", "-",
+                                                 "actSelectAll"});
   FNavigator->FillSearchMenu(bar->addMenu(QStringLiteral("&Search")));
   QMenu* view = bar->addMenu(QStringLiteral("&View"));
   addAll(view, {"actViewDetailPanel", "actViewInspector", "actFullSizeInspector", "actInspectorOnBottom", "-",
@@ -201,7 +206,7 @@ void TFrmViewer::CreateMenus() {
   addAll(mnuMessageList, {"actCopyMessageText", "-", "actAddSeparator", "actAddResetSeparator", "-", "actToggleMethod",
                           "actMethodMatch", "actCurrentMethod", "-", "actFind", "actFindNext", "actJumpToMsg", "-"});
   FNavigator->AddBookmarkMenus(mnuMessageList);
-  addAll(mnuMessageList, {"-", "actClear", "actSelectAll"});
+  addAll(mnuMessageList, {"-", "actEditMessage", "actDelete", "actCropToSelection", "actClear", "actSelectAll"});
 }
 
 void TFrmViewer::CreateToolbars() {
@@ -218,12 +223,12 @@ void TFrmViewer::CreateToolbars() {
       }
     }
   };
-  addAll(tbrMain, {"actClearAll", "-", "actViewDetailPanel", "actViewInspector", "actViewScratchPad",
+  addAll(tbrMain, {"actOpen", "actAppend", "actSave", "actPrint", "-", "actClearAll", "-", "actViewDetailPanel", "actViewInspector", "actViewScratchPad",
                    "actViewCallStack", "-", "actAutoScroll", "actRefresh", "-", "actAutoCollapse", "-",
                    "actFlattenStructure", "-", "actBlockMessages"});
   addToolBar(Qt::TopToolBarArea, tbrMain);
 
-  addAll(tbrView, {"actAddSeparator", "actAddResetSeparator", "-", "actClear", "-"});
+  addAll(tbrView, {"actAddNote", "actAddCheckPoint", "actAddSeparator", "actAddResetSeparator", "-", "actClear", "actDelete", "-"});
   FNavigator->AddNavigatorButtons(tbrView);
   addAll(tbrView, {"-", "actMethodMatch", "actCurrentMethod", "actToggleMethod", "-"});
   FNavigator->AddSearchButtons(tbrView);
@@ -294,6 +299,8 @@ void TFrmViewer::UpdateCommandStates() {
   set("actViewNext", ActiveViewIndex() + 1 < ViewCount());
   set("actViewModify", ActiveViewIndex() > 0);
 
+  UpdateFileCommandStates(hasRows);
+  UpdateEditCommandStates(hasRows, hasFocus, hasSelection, focusedType);
   FNavigator->UpdateCommandStates(hasRows, hasFocus);
   UpdateStatusCounts();
 }

@@ -125,6 +125,7 @@ void TFrmViewer::ReportIntakeFailures() {
 }
 
 void TFrmViewer::ProcessMessage(const TZentrailMessage& message) { ProcessMessageT(message); }
+void TFrmViewer::ProcessMessage(const TZentrailPacketView& message) { ProcessMessageT(message); }
 
 template <typename TMessage>
 void TFrmViewer::ProcessMessageT(const TMessage& message) {
@@ -260,11 +261,7 @@ void TFrmViewer::ConfirmAndClear(bool clearAll) {
     IZTMessageView* view = ActiveView();
     if (!view || view->GetCount() == 0) return;
   }
-  if (ConfirmOnClear) {
-    QString question = clearAll ? QStringLiteral("Clear All Messages from ALL Views?")
-                                : QStringLiteral("Clear All Messages from the Current View?");
-    if (!PromptService().AskYesNo(nbkViews, question)) return;
-  }
+  if (ConfirmOnClear && !AskConfirmClear(clearAll)) return;
   ClearMessages(clearAll);
 }
 

@@ -5,6 +5,7 @@
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QTimer>
 #include <algorithm>
@@ -492,11 +493,13 @@ void TZTMessageView::CopyToClipboard() {
                     QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())));
   }
   if (lines.isEmpty()) return;
-  if (lines.size() == 1) {
-    QApplication::clipboard()->setText(lines.front().trimmed());
-    return;
-  }
-  QApplication::clipboard()->setText(lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n"));
+  const QString text =
+      lines.size() == 1 ? lines.front().trimmed() : lines.join(QStringLiteral("\r\n")) + QStringLiteral("\r\n");
+  // A rich editor takes the HTML flavour, which keeps the indentation in a fixed-pitch block.
+  auto* data = new QMimeData;
+  data->setText(text);
+  data->setHtml(QStringLiteral("<pre>") + text.toHtmlEscaped() + QStringLiteral("</pre>"));
+  QApplication::clipboard()->setMimeData(data);
 }
 
 // ---- deleting rows -----------------------------------------------------------------------------
@@ -983,20 +986,6 @@ int32_t TZTMessageView::FindBookmark(int32_t recNo) const {
     if (FBookmarks[i] == recNo) return static_cast<int32_t>(i);
   return -1;
 }
-
-// ---- not yet part of this build ----------------------------------------------------------------
-
-namespace {
-
-void NotAvailable(QWidget* parent, const char* what) {
-  PromptService().ShowMessage(parent, QStringLiteral("%1 is not available in this version of the viewer.")
-                                          .arg(QString::fromLatin1(what)),
-                              TZTPromptKind::Information);
-}
-
-}  // namespace
-
-void TZTMessageView::Print(const QString&, bool, int32_t, uint16_t) { NotAvailable(this, "Printing"); }
 
 // ---- activation and input ----------------------------------------------------------------------
 

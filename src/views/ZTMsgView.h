@@ -128,8 +128,8 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   void CollapseAllMethods() override;
 
   // ---- IZTMessageViewExport, IZTMessageViewSave: the rows in order, a collapsed method whole.
-  // A file that can't be created raises std::runtime_error with the system's reason. Print comes
-  // with the printing work; until then it tells the user so and changes nothing.
+  // A file that can't be created raises std::runtime_error with the system's reason. Print goes to
+  // ViewPrinter() (ZTMsgViewPrint.h) and raises std::runtime_error when it cannot begin there.
   void ExportAsXML(const QString& fileName) override;
   void ExportAsText(const QString& fileName) override;
   void Save(const QString& fileName) override;

@@ -100,7 +100,8 @@ void TZTMessageView::ForEachWrittenItem(const std::function<void(int32_t item)>&
 
 void TZTMessageView::Save(const QString& fileName) {
   QFile file(fileName);
-  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) CannotCreate(fileName, file);
+  // Unbuffered, so that a record cut off by a failed write can be taken back out.
+  if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) CannotCreate(fileName, file);
   IZentrailApplication* app = App();
   if (app) app->SetProgressMax(NumItems());
   TZentrailMessageSet& ms = MessageSet;
@@ -108,6 +109,7 @@ void TZTMessageView::Save(const QString& fileName) {
   std::string record;
   bool failed = false;
   int32_t failedRecNo = 0;
+  qint64 written = 0;
   ForEachWrittenItem([&](int32_t item) {
     if (failed) return;
     const int32_t recNo = FItems.GetItems(item).RecNo;
@@ -119,8 +121,11 @@ void TZTMessageView::Save(const QString& fileName) {
     if (!WriteWhole(file, record) || !file.flush()) {
       failed = true;
       failedRecNo = recNo;
+      // A record cut off by the failed write is taken back out, so the file stays readable.
+      file.resize(written);
       return;
     }
+    written += static_cast<qint64>(record.size());
     if (app) app->StepProgress();
   });
   file.close();

@@ -1,7 +1,9 @@
 #include "ZTPromptService.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QMessageBox>
+#include <algorithm>
 
 namespace zentrail {
 
@@ -43,6 +45,34 @@ bool TZTPromptService::AskYesNo(QWidget* parent, const QString& text, const QStr
 
 void TZTPromptService::Beep() { QApplication::beep(); }
 
+QString TZTPromptService::ChooseFile(QWidget* parent, const TZTFileDialogSpec& spec, int& filterIndex) {
+  QFileDialog dialog(ParentOrActive(parent), spec.Title, spec.Folder);
+  dialog.setAcceptMode(spec.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(spec.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setNameFilters(spec.Filters);
+  dialog.setDefaultSuffix(spec.DefaultSuffix);
+  dialog.setSizeGripEnabled(true);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return QString();
+  filterIndex = std::max<int>(0, static_cast<int>(spec.Filters.indexOf(dialog.selectedNameFilter())));
+  return dialog.selectedFiles().front();
+}
+
+TZTAnswer TZTPromptService::AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption) {
+  QMessageBox box(QMessageBox::Question, CaptionOrDefault(caption), text,
+                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ParentOrActive(parent));
+  box.setEscapeButton(QMessageBox::Cancel);
+  switch (box.exec()) {
+    case QMessageBox::Yes:
+      return TZTAnswer::Yes;
+    case QMessageBox::No:
+      return TZTAnswer::No;
+    default:
+      return TZTAnswer::Cancel;
+  }
+}
+
+int TZTPromptService::RunDialog(QDialog& dialog) { return dialog.exec(); }
+
 TZTPromptService& PromptService() { return gService ? *gService : DefaultService(); }
 
 void SetPromptService(TZTPromptService* service) { gService = service; }
@@ -58,6 +88,28 @@ bool TZTRecordingPromptService::AskYesNo(QWidget*, const QString& text, const QS
   const bool answer = Answers.front();
   Answers.pop_front();
   return answer;
+}
+
+QString TZTRecordingPromptService::ChooseFile(QWidget*, const TZTFileDialogSpec& spec, int& filterIndex) {
+  FileDialogs.push_back(spec);
+  if (FileAnswers.empty()) return QString();
+  TFileAnswer answer = FileAnswers.front();
+  FileAnswers.pop_front();
+  filterIndex = answer.Filter;
+  return answer.Name;
+}
+
+TZTAnswer TZTRecordingPromptService::AskYesNoCancel(QWidget*, const QString& text, const QString& caption) {
+  Prompts.push_back({text, caption, TZTPromptKind::Information, true});
+  if (ThreeWayAnswers.empty()) return TZTAnswer::Cancel;
+  const TZTAnswer answer = ThreeWayAnswers.front();
+  ThreeWayAnswers.pop_front();
+  return answer;
+}
+
+int TZTRecordingPromptService::RunDialog(QDialog& dialog) {
+  Dialogs.push_back(dialog.objectName());
+  return DialogHandler ? DialogHandler(dialog) : QDialog::Rejected;
 }
 
 TZTPromptServiceGuard::TZTPromptServiceGuard(TZTPromptService* service) : FPrevious(gService) {
