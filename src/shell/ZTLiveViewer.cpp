@@ -3,9 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <cstdio>
-#include <filesystem>
 
-#include "ZTFileHandoff.h"
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
 #include "ZTPromptService.h"
@@ -31,17 +29,11 @@ int main(int argc, char** argv) {
   LoadViewerSettings();
 
   // The lock is tried before the display is opened, so that a second viewer ends at once and
-  // silently even where it could not open a display. One existing file named on its command line
-  // goes to the running viewer, which loads it; any other command line is dropped.
+  // silently even where it could not open a display; it never hands on its command line.
   TZTSingleInstance instance;
   std::string error;
   TZTSingleInstance::Result lock = instance.Acquire(error);
   if (lock == TZTSingleInstance::Result::AlreadyRunning) {
-    std::error_code ec;
-    if (argc == 2 && std::filesystem::is_regular_file(argv[1], ec)) {
-      const std::filesystem::path file = std::filesystem::absolute(argv[1], ec);
-      if (!ec) HandFileToRunningViewer(file.lexically_normal().string(), error);
-    }
     // It read the file like any start and writes it back as it found it, as any end does.
     FlushViewerSettings(error);
     return 0;
@@ -66,8 +58,6 @@ int main(int argc, char** argv) {
   {
     TFrmViewer viewer(arguments);
     TZTSignalCloser closer(&viewer);
-    if (!viewer.StartFileHandoff(error))
-      std::fprintf(stderr, "zentrail-viewer: files of a second start cannot be taken: %s\n", error.c_str());
     if (!viewer.StartChannel(error)) {
       // The window still serves log files; only live messages cannot arrive.
       PromptService().ShowMessage(&viewer,

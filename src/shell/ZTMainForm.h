@@ -46,7 +46,6 @@ class TZTDetailPanel;
 class TZTNavigator;
 class TZTInspectorPane;
 class TZTIniFile;
-class TZTFileHandoffServer;
 
 // The custom view classes by key. The plug-in manager keeps this list once it exists; until then
 // the shell registers its own view class here at start.
@@ -133,8 +132,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   const TZTLogTail* FollowedLog() const { return FFollowed.get(); }
   // Reads what the followed file holds now; the watcher and the timer call it.
   void FollowTick();
-  // Listens for the files that a second start of the viewer hands on.
-  bool StartFileHandoff(std::string& error);
   // Where the log dialogs start: the last folder used, else "My Zentrail Files/Logs".
   QString LogFolder() const;
   bool LoadingFile() const { return FLoadingFile; }
@@ -368,7 +365,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // The adding path of a record read from a log: separators are made anew, all else is processed.
   void AddLogRecord(const TZentrailPacketView& record);
   void ShowInvalidLog(const QString& path, const QString& note);
-  void HandedFile(const QString& fileName);
   void QueueFollowTick();
   // The confirmation of a clear; false when the user says No. clearAll may be widened.
   bool AskConfirmClear(bool& clearAll);
@@ -378,7 +374,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QFileSystemWatcher* FFollowWatcher = nullptr;
   QTimer* FFollowTimer = nullptr;
   bool FFollowTickQueued = false;
-  TZTFileHandoffServer* FHandoff = nullptr;
   std::vector<std::pair<QString, bool>> FPendingLoads;
   TZTLoadOutcome FLastLoad;
   int32_t FCheckPointCount = 0;

@@ -19,7 +19,6 @@
 
 #include "LogRecord.h"
 #include "ZTCommonUtils.h"
-#include "ZTFileHandoff.h"
 #include "ZTLogFiles.h"
 #include "ZTPromptService.h"
 #include "ZentrailMessageSet.h"
@@ -475,22 +474,7 @@ void TFrmViewer::FollowTick() {
   }
 }
 
-// ---- Files from outside: a second start, a drop
-
-bool TFrmViewer::StartFileHandoff(std::string& error) {
-  const std::string path = HandoffSocketPath(error);
-  if (path.empty()) return false;
-  if (!FHandoff) FHandoff = new TZTFileHandoffServer([this](const QString& file) { HandedFile(file); }, this);
-  return FHandoff->Listen(path, error);
-}
-
-void TFrmViewer::HandedFile(const QString& fileName) {
-  // As for a dropped file: the window comes to the front and the file is loaded.
-  if (isMinimized()) showNormal();
-  raise();
-  activateWindow();
-  if (QFileInfo(fileName).isFile()) LoadLogFile(fileName, false);
-}
+// ---- Files from outside: a drop
 
 void TFrmViewer::dragEnterEvent(QDragEnterEvent* event) {
   if (event->mimeData()->hasUrls()) event->acceptProposedAction();

@@ -10,7 +10,6 @@
 #include "LogFileTestSupport.h"
 #include "ShellFixture.h"
 #include "TestEnvironment.h"
-#include "ZTFileHandoff.h"
 #include "ZTSingleInstance.h"
 
 using namespace zentrail;
@@ -101,44 +100,4 @@ TEST_F(LogLoadingTest, EscStopsALoadThatKeepsTheWindowPaintingAndTheChannelWaiti
   const std::vector<std::string> liveLast = {"log " + std::to_string(read - 1), "later 0", "later 1", "later 2", "live"};
   EXPECT_TRUE(tail == liveFirst || tail == liveLast) << tail[1] << " " << tail[2];
   EXPECT_TRUE(FPrompts->Prompts.empty());
-}
-
-TEST_F(LogLoadingTest, ASecondStartHandsItsFileToTheRunningViewer) {
-  ASSERT_TRUE(fs::exists(kViewer)) << kViewer;
-  // This process is the running viewer: it holds the lock and listens for handed files.
-  TZTSingleInstance instance;
-  std::string error;
-  ASSERT_EQ(instance.Acquire(error), TZTSingleInstance::Result::Acquired) << error;
-  ASSERT_TRUE(Viewer->StartFileHandoff(error)) << error;
-  Viewer->ProcessMessage(MakeMessage(ztmInfo, "already here"));
-  FPrompts->ThreeWayAnswers = {TZTAnswer::No};
-
-  const fs::path log = MakeLog("handed.ztl", 5, "handed ");
-  QProcess second;
-  // A name relative to the second start's folder still finds the file.
-  second.setWorkingDirectory(QString::fromStdString(log.parent_path().string()));
-  second.start(QString::fromLatin1(kViewer), {"handed.ztl"});
-  ASSERT_TRUE(second.waitForFinished(20000));
-  EXPECT_EQ(second.exitStatus(), QProcess::NormalExit);
-  EXPECT_EQ(second.exitCode(), 0);
-  EXPECT_TRUE(second.readAllStandardOutput().isEmpty());
-  EXPECT_TRUE(second.readAllStandardError().isEmpty());
-
-  ASSERT_TRUE(SpinUntil([&] { return MessageSet.GetRecordCount() == 5; }));
-  EXPECT_EQ(Stored().front().second, "handed 0");
-  ASSERT_EQ(FPrompts->Prompts.size(), 1u);
-  EXPECT_TRUE(FPrompts->Prompts.front().Question);
-
-  // Two arguments, or a file that is not there, hand nothing on.
-  QProcess third;
-  third.start(QString::fromLatin1(kViewer), {QString::fromStdString(log.string()), "x"});
-  ASSERT_TRUE(third.waitForFinished(20000));
-  QProcess fourth;
-  fourth.start(QString::fromLatin1(kViewer), {QString::fromStdString((log.parent_path() / "gone.ztl").string())});
-  ASSERT_TRUE(fourth.waitForFinished(20000));
-  EXPECT_EQ(fourth.exitCode(), 0);
-  QCoreApplication::processEvents();
-  QCoreApplication::processEvents();
-  EXPECT_EQ(FPrompts->Prompts.size(), 1u);
-  EXPECT_EQ(MessageSet.GetRecordCount(), 5);
 }
