@@ -165,6 +165,7 @@ void TFrmViewer::CreateCommands() {
         ModifyView(view, name, criteria);
       });
   FNavigator->CreateCommands();
+  CreateViewCommands();
 }
 
 void TFrmViewer::CreateMenus() {
@@ -178,7 +179,8 @@ void TFrmViewer::CreateMenus() {
       }
     }
   };
-  addAll(bar->addMenu(QStringLiteral("&File")), {"actPrintInspectorContents", "-", "actExit"});
+  addAll(bar->addMenu(QStringLiteral("&File")), {"actNewProject", "actOpenProject", "actSaveProject", "actSaveProjectAs",
+                                                 "actCloseProject", "-", "actPrintInspectorContents", "-", "actExit"});
   addAll(bar->addMenu(QStringLiteral("&Edit")), {"actCopyMessageText", "actCopyInspectorContents", "-", "actAddSeparator", "actAddResetSeparator",
                                                  "-", "actClear", "actClearAll", "-", "actSelectAll"});
   FNavigator->FillSearchMenu(bar->addMenu(QStringLiteral("&Search")));
@@ -192,8 +194,10 @@ void TFrmViewer::CreateMenus() {
   addAll(bar->addMenu(QStringLiteral("&Methods")), {"actAutoCollapse", "-", "actMethodMatch", "actCurrentMethod", "-",
                                                     "actToggleMethod", "-", "actExpandAll", "actExpandToEnd",
                                                     "actCollapseAll"});
-  addAll(bar->addMenu(QStringLiteral("&Organize")), {"actViewModify"});
-  addAll(bar->addMenu(QStringLiteral("&Tools")), {"actBlockMessages"});
+  addAll(bar->addMenu(QStringLiteral("&Organize")), {"actOrganizeMessages", "actAutoOrganize", "actAutoOrganizeSettings",
+                                                     "-", "actViewNew", "actViewModify", "-", "actViewRemove",
+                                                     "actViewRemoveAll"});
+  addAll(bar->addMenu(QStringLiteral("&Tools")), {"actBlockMessages", "-", "actPlugIns"});
   addAll(bar->addMenu(QStringLiteral("&Help")), {"actHelpAbout"});
 
   mnuMessageList = new QMenu(this);
@@ -294,6 +298,7 @@ void TFrmViewer::UpdateCommandStates() {
   set("actViewModify", ActiveViewIndex() > 0);
 
   FNavigator->UpdateCommandStates(hasRows, hasFocus);
+  UpdateViewCommandStates();
   UpdateStatusCounts();
 }
 

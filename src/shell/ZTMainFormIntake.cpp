@@ -72,6 +72,7 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
   }
 
   ParseTransportPacket(packet, FPacket);
+  NoteLiveFrame();
   switch (FPacket.MsgType) {
     case ztmSeparator: {
       TZentrailMessage message;
@@ -171,7 +172,32 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
   MessageSet.AppendMessage(message, FNextMessageID);
   ++FNextMessageID;
   FNavigator->MessageStored(message.MsgType, message.MsgContent);
+  // Before the views see it, so that a view made for the message takes it in at once.
+  if (AutoOrganize) OrganizeArrivingMessage();
   FanOut();
+}
+
+void TFrmViewer::NoteLiveFrame() {
+  // Frames that one wake-up of the channel brings go to the views inside one bracket, which ends
+  // when the loop is back. A lone frame, as a waiting sender sends, costs no bracket at all: the
+  // views already coalesce its refresh.
+  if (!FBurstTimer) {
+    FBurstTimer = new QTimer(this);
+    FBurstTimer->setSingleShot(true);
+    FBurstTimer->setInterval(0);
+    connect(FBurstTimer, &QTimer::timeout, this, [this] {
+      if (FBurstOpen) {
+        FBurstOpen = false;
+        EndMessageBatch();
+      }
+    });
+  }
+  if (!FBurstTimer->isActive()) {
+    FBurstTimer->start();
+  } else if (!FBurstOpen) {
+    FBurstOpen = true;
+    BeginMessageBatch();
+  }
 }
 
 void TFrmViewer::FanOut() {

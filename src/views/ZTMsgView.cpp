@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "ZTOrganizer.h"
 #include "ZTPromptService.h"
 #include "ZentrailMessageSet.h"
 
@@ -154,7 +155,7 @@ TZTMessageView::TZTMessageView(QWidget* parent, IZentrailApplication* app) : TZT
   UpdateColumnWidths();
 }
 
-TZTMessageView::~TZTMessageView() = default;
+TZTMessageView::~TZTMessageView() { Organizer().UnregisterFilterCriteria(static_cast<IZTMessageView*>(this)); }
 
 IZTMessageView* TZTMessageView::Create(QWidget* owner) { return new TZTMessageView(owner); }
 
@@ -182,6 +183,8 @@ void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria =
 
 void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
   FFilterCriteria = criteria;
+  // The organizer's register follows the criteria, a pattern that fails included.
+  Organizer().RegisterFilterCriteria(static_cast<IZTMessageView*>(this), OrganizerCriteria(criteria));
   // Built whether or not the text is checked, so a bad pattern shows when it is set. A pattern
   // that fails leaves none behind, and a text test then refuses every message rather than
   // testing the old pattern under the new criteria.

@@ -1,6 +1,7 @@
 #include "ZTPromptService.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QMessageBox>
 
 namespace zentrail {
@@ -43,6 +44,25 @@ bool TZTPromptService::AskYesNo(QWidget* parent, const QString& text, const QStr
 
 void TZTPromptService::Beep() { QApplication::beep(); }
 
+TZTAnswer TZTPromptService::AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption) {
+  QMessageBox box(QMessageBox::Question, CaptionOrDefault(caption), text,
+                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, ParentOrActive(parent));
+  switch (box.exec()) {
+    case QMessageBox::Yes: return TZTAnswer::Yes;
+    case QMessageBox::No: return TZTAnswer::No;
+    default: return TZTAnswer::Cancel;
+  }
+}
+
+QString TZTPromptService::ChooseFile(QWidget* parent, const TZTFileDialog& spec) {
+  QFileDialog dialog(ParentOrActive(parent), spec.Title, spec.Folder, spec.Filter);
+  dialog.setAcceptMode(spec.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(spec.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setDefaultSuffix(spec.DefaultSuffix);
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return QString();
+  return dialog.selectedFiles().front();
+}
+
 TZTPromptService& PromptService() { return gService ? *gService : DefaultService(); }
 
 void SetPromptService(TZTPromptService* service) { gService = service; }
@@ -58,6 +78,22 @@ bool TZTRecordingPromptService::AskYesNo(QWidget*, const QString& text, const QS
   const bool answer = Answers.front();
   Answers.pop_front();
   return answer;
+}
+
+TZTAnswer TZTRecordingPromptService::AskYesNoCancel(QWidget*, const QString& text, const QString& caption) {
+  Prompts.push_back({text, caption, TZTPromptKind::Information, true});
+  if (ThreeWayAnswers.empty()) return TZTAnswer::Cancel;
+  const TZTAnswer answer = ThreeWayAnswers.front();
+  ThreeWayAnswers.pop_front();
+  return answer;
+}
+
+QString TZTRecordingPromptService::ChooseFile(QWidget*, const TZTFileDialog& dialog) {
+  Prompts.push_back({dialog.Title, dialog.Title, TZTPromptKind::Information, true});
+  if (Files.empty()) return QString();
+  const QString file = Files.front();
+  Files.pop_front();
+  return file;
 }
 
 TZTPromptServiceGuard::TZTPromptServiceGuard(TZTPromptService* service) : FPrevious(gService) {

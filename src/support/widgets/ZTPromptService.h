@@ -11,6 +11,16 @@ class QWidget;
 namespace zentrail {
 
 enum class TZTPromptKind { Information, Warning, Error };
+enum class TZTAnswer { Yes, No, Cancel };
+
+// What a file dialog asks for. Filter in Qt's form ("Projects (*.ztp)").
+struct TZTFileDialog {
+  bool Save = false;
+  QString Title;
+  QString Folder;
+  QString Filter;
+  QString DefaultSuffix;
+};
 
 class TZTPromptService {
  public:
@@ -23,6 +33,11 @@ class TZTPromptService {
   virtual bool AskYesNo(QWidget* parent, const QString& text, const QString& caption = QString());
   // The system's short warning sound.
   virtual void Beep();
+  // A modal Yes/No/Cancel question.
+  virtual TZTAnswer AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption = QString());
+  // A modal file dialog; the chosen path, or empty when cancelled. A save dialog asks before it
+  // overwrites; an open dialog takes only a file that exists.
+  virtual QString ChooseFile(QWidget* parent, const TZTFileDialog& dialog);
 };
 
 // The installed service; the message-box one unless SetPromptService replaced it.
@@ -42,7 +57,13 @@ class TZTRecordingPromptService : public TZTPromptService {
   void ShowMessage(QWidget* parent, const QString& text, TZTPromptKind kind, const QString& caption) override;
   bool AskYesNo(QWidget* parent, const QString& text, const QString& caption) override;
   void Beep() override { ++Beeps; }
+  // Kept as a question; answered from ThreeWayAnswers, Cancel when it runs dry.
+  TZTAnswer AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption) override;
+  // Kept with the title as its text; answered from Files, empty (cancelled) when it runs dry.
+  QString ChooseFile(QWidget* parent, const TZTFileDialog& dialog) override;
 
+  std::deque<TZTAnswer> ThreeWayAnswers;
+  std::deque<QString> Files;
   std::deque<bool> Answers;
   std::deque<TPrompt> Prompts;
   int Beeps = 0;
