@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QStackedWidget>
 #include <QTabBar>
+#include <functional>
 
 #include "ZTMainForm.h"
 #include "ZTNavigator.h"
@@ -80,6 +81,22 @@ class TZTTabDragFilter : public QObject {
   bool FDragging = false;
 };
 
+// The field in which a tab's name is edited: Escape gives up the edit.
+class TZTTabNameEditor : public QLineEdit {
+ public:
+  using QLineEdit::QLineEdit;
+  std::function<void()> OnEscape;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() == Qt::Key_Escape && OnEscape) {
+      OnEscape();
+      return;
+    }
+    QLineEdit::keyPressEvent(event);
+  }
+};
+
 }  // namespace
 
 void TFrmViewer::CreateViewCommands() {
@@ -114,7 +131,10 @@ void TFrmViewer::CreateViewCommands() {
 }
 
 void TFrmViewer::SetUpTabStrip() {
-  // A popup on every tab, the close button on the active one, and dragging.
+  // A popup on every tab, the close button on the active one, and dragging. The strip takes the
+  // whole width, so that tabs scroll only when they really don't fit.
+  tabViews->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  if (auto* row = qobject_cast<QBoxLayout*>(pnlTabSet->layout())) row->setStretchFactor(tabViews, 1);
   tabViews->setSelectionBehaviorOnRemove(QTabBar::SelectLeftTab);
   tabViews->setTabsClosable(true);
   tabViews->setUsesScrollButtons(true);
@@ -200,7 +220,7 @@ void TFrmViewer::ShowViewsMenu(const QPoint& globalPos, int tabIndex) {
 void TFrmViewer::StartRenameView(int index) {
   if (index <= 0 || index >= ViewCount()) return;
   // The name is edited where it stands: Enter or leaving the field keeps it, Escape drops it.
-  auto* editor = new QLineEdit(tabViews);
+  auto* editor = new TZTTabNameEditor(tabViews);
   editor->setObjectName(QStringLiteral("edtRenameView"));
   editor->setText(tabViews->tabText(index));
   editor->selectAll();
@@ -216,11 +236,7 @@ void TFrmViewer::StartRenameView(int index) {
     if (IZTMessageView* active = ActiveView()) active->GetWidget()->setFocus();
   };
   connect(editor, &QLineEdit::editingFinished, this, [finish] { finish(true); });
-  auto* escape = new QAction(editor);
-  escape->setShortcut(QKeySequence(Qt::Key_Escape));
-  escape->setShortcutContext(Qt::WidgetShortcut);
-  editor->addAction(escape);
-  connect(escape, &QAction::triggered, this, [finish] { finish(false); });
+  editor->OnEscape = [finish] { finish(false); };
   editor->show();
   editor->setFocus();
 }
