@@ -59,7 +59,8 @@ void TFrmViewer::LoadProject(const QString& fileName) {
   ini.SetFileName(Utf8Path(fileName));
   // A file that is there but can't be read (a folder, no permission) is not opened at all: taking
   // it as a project without views would overwrite it at the next save.
-  if (QFileInfo(fileName).exists() && !ini.Reload()) {
+  const QFileInfo info(fileName);
+  if (info.exists() && (!info.isFile() || !info.isReadable() || !ini.Reload())) {
     PromptService().ShowMessage(nbkViews, QStringLiteral("Project File (%1) cannot be read.").arg(shortName),
                                 TZTPromptKind::Error);
     return;

@@ -85,3 +85,6 @@ class ViewTabsFixture : public ShellFixture {
 
 }  // namespace zentrail::test
 
+
+// Readable texts in failure messages.
+inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
