@@ -6,8 +6,6 @@
 #include <QStackedWidget>
 #include <QStringList>
 #include <QTabBar>
-#include <fstream>
-#include <sstream>
 
 #include "ShellFixture.h"
 #include "ZTNavigator.h"
@@ -66,13 +64,6 @@ class ViewTabsFixture : public ShellFixture {
     c.CheckAppName = true;
     c.AppName = app;
     return c;
-  }
-
-  static std::string ReadText(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream s;
-    s << in.rdbuf();
-    return s.str();
   }
 
   void Store(const std::string& app, const std::string& text, const std::string& thread = "main", uint32_t pid = 10) {
