@@ -965,10 +965,12 @@ void TZTCustomVirtualListBox::NotifyFocus() {
 }
 
 void InstallVirtualListBoxAccessibility() {
-  static bool installed = false;
-  if (installed) return;
-  installed = true;
-  QAccessible::installFactory(ListBoxFactory);
+  // A plug-in module that carries its own copy of the list box takes its factory away when it is
+  // unloaded, so that Qt never calls into code that is gone.
+  static struct TFactory {
+    TFactory() { QAccessible::installFactory(ListBoxFactory); }
+    ~TFactory() { QAccessible::removeFactory(ListBoxFactory); }
+  } factory;
 }
 
 }  // namespace zentrail
