@@ -103,6 +103,9 @@ void TfrmAboutPlugIns::ShowPlugInDetails(const std::function<int(QDialog&)>& run
     return;
   }
   lstPlugIns->addItems(names);
+  // Every name whole, without a horizontal scroll bar.
+  lstPlugIns->setMinimumWidth(lstPlugIns->sizeHintForColumn(0) + 2 * lstPlugIns->frameWidth() + 8);
+  lstPlugIns->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   lstPlugIns->setCurrentRow(0);
   lstPlugInsClick();
   run(*this);

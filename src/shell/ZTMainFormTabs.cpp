@@ -10,7 +10,9 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QStackedWidget>
+#include <QPainter>
 #include <QTabBar>
+#include <QToolButton>
 #include <functional>
 
 #include "ZTMainForm.h"
@@ -81,6 +83,25 @@ class TZTTabDragFilter : public QObject {
   bool FDragging = false;
 };
 
+// A cross, as on the close button of a tab.
+QIcon CloseGlyph() {
+  QIcon icon;
+  for (int scale : {1, 2}) {
+    QPixmap pixmap(10 * scale, 10 * scale);
+    pixmap.fill(Qt::transparent);
+    QPainter p(&pixmap);
+    p.scale(scale, scale);
+    p.setRenderHint(QPainter::Antialiasing, true);
+    p.setPen(QPen(QColor(0x35, 0x4a, 0x6b), 1.6, Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(QPointF(2, 2), QPointF(8, 8));
+    p.drawLine(QPointF(8, 2), QPointF(2, 8));
+    p.end();
+    pixmap.setDevicePixelRatio(scale);
+    icon.addPixmap(pixmap);
+  }
+  return icon;
+}
+
 // The field in which a tab's name is edited: Escape gives up the edit.
 class TZTTabNameEditor : public QLineEdit {
  public:
@@ -134,11 +155,11 @@ void TFrmViewer::SetUpTabStrip() {
   // A popup on every tab, the close button on the active one, and dragging. The strip takes the
   // whole width, so that tabs scroll only when they really don't fit.
   tabViews->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  if (auto* row = qobject_cast<QBoxLayout*>(pnlTabSet->layout())) row->setStretchFactor(tabViews, 1);
+  if (auto* row = qobject_cast<QBoxLayout*>(pnlTabSet->layout()))
+    for (int i = 0; i < row->count(); ++i) row->setStretch(i, row->itemAt(i)->widget() == tabViews ? 1 : 0);
   tabViews->setSelectionBehaviorOnRemove(QTabBar::SelectLeftTab);
-  tabViews->setTabsClosable(true);
   tabViews->setUsesScrollButtons(true);
-  tabViews->setElideMode(Qt::ElideRight);
+  tabViews->setElideMode(Qt::ElideNone);
   connect(tabViews, &QTabBar::tabCloseRequested, this, [this](int index) {
     QAction* remove = Action(QStringLiteral("actViewRemove"));
     if (index == ActiveViewIndex() && remove && remove->isEnabled()) RemoveView(index);
@@ -187,16 +208,31 @@ void TFrmViewer::UpdateTabCloseButtons() {
   const int active = ActiveViewIndex();
   QAction* remove = Action(QStringLiteral("actViewRemove"));
   const bool enabled = remove && remove->isEnabled();
-  for (int i = 0; i < tabViews->count(); ++i) {
+  for (int i = 1; i < tabViews->count(); ++i) {
     QWidget* button = tabViews->tabButton(i, QTabBar::RightSide);
-    if (!button) continue;
-    if (i == 0) {
-      // "All Messages" is never closed; it gives its button away for good.
-      tabViews->setTabButton(0, QTabBar::RightSide, nullptr);
-      button->deleteLater();
-      continue;
+    if (!button) {
+      // A small button of our own: the style's close button makes the tabs taller than the strip.
+      auto* close = new QToolButton(tabViews);
+      close->setObjectName(QStringLiteral("btnCloseView"));
+      close->setAutoRaise(true);
+      close->setFixedSize(16, 16);
+      close->setIconSize(QSize(10, 10));
+      close->setIcon(CloseGlyph());
+      close->setToolTip(QStringLiteral("Remove View"));
+      connect(close, &QToolButton::clicked, this, [this, close] {
+        for (int t = 0; t < tabViews->count(); ++t)
+          if (tabViews->tabButton(t, QTabBar::RightSide) == close) emit tabViews->tabCloseRequested(t);
+      });
+      tabViews->setTabButton(i, QTabBar::RightSide, close);
+      button = close;
     }
     button->setVisible(i == active && enabled);
+  }
+  // The strip is as high as its tabs need, however small the message font makes the rows.
+  const int needed = tabViews->sizeHint().height();
+  if (tabViews->count() > 1 && tabViews->height() < needed) {
+    tabViews->setFixedHeight(needed);
+    pnlTabSet->setFixedHeight(needed + 4);
   }
 }
 

@@ -61,6 +61,7 @@ class PlugInTest : public ShellFixture {
     Viewer->ProcessMessage(m);
     auto* view = dynamic_cast<IZTMessageViewList*>(&AllMessages());
     const int row = AllMessages().GetCount() - 1;
+    for (int r = 0; r < row; ++r) AllMessages().SetSelected(r, false);
     view->SetFocusedMsgIndex(row);
     if (selectSecond >= 0) AllMessages().SetSelected(selectSecond, true);
     Viewer->UpdateMessageDetails();

@@ -262,3 +262,54 @@ TEST_F(ViewTabsTest, ABurstOfFramesReachesEveryViewInsideOneBracket) {
   EXPECT_FALSE(demo->Updating());
   EXPECT_FALSE(other->Updating());
 }
+
+TEST_F(ViewTabsTest, ScreenshotOfSixTabsAndTheirPopup) {
+  int32_t t = 36000000;
+  const char* apps[] = {"OrderService", "Billing", "Shipping"};
+  for (int i = 0; i < 600; ++i) {
+    TZentrailMessage m = MakeMessage(i % 17 == 3 ? ztmWarning : i % 29 == 5 ? ztmError : ztmInfo,
+                                     "Processed order line " + std::to_string(i * 37) + " of batch " + std::to_string(i / 10),
+                                     4000 + i % 3, t += 11);
+    m.AppName = apps[i % 3];
+    m.ThreadName = i % 2 ? "worker-1" : "worker-2";
+    Viewer->ProcessMessage(m);
+  }
+  TZTFilterCriteria problems;
+  problems.CheckMsgTypes = true;
+  problems.MsgTypeSet.set(ztmWarning);
+  problems.MsgTypeSet.set(ztmError);
+  TZTFilterCriteria worker;
+  worker.CheckThreadName = true;
+  worker.ThreadName = "worker-1";
+  NewViewThroughDialog("OrderService", AppFilter("OrderService"));
+  NewViewThroughDialog("Billing", AppFilter("Billing"));
+  NewViewThroughDialog("Shipping", AppFilter("Shipping"));
+  NewViewThroughDialog("Warnings and Errors", problems);
+  NewViewThroughDialog("Thread worker-1", worker);
+  ASSERT_EQ(Viewer->ViewCount(), 6);
+  Viewer->SetActiveViewIndex(4);
+  Viewer->resize(1100, 640);
+  Viewer->show();
+  SpinUntil([] { return false; }, 200);
+  QTabBar* tabs = Viewer->TabBar();
+  for (int i = 0; i < tabs->count(); ++i)
+    EXPECT_GE(tabs->tabRect(i).left(), 0) << "six tabs fit side by side in a normal window";
+  EXPECT_LE(tabs->tabRect(5).right(), tabs->width());
+
+  const QByteArray dir = qgetenv("ZENTRAIL_SCREENSHOT_DIR");
+  const QString out = dir.isEmpty() ? QString::fromStdString(MakeTempDir("shots").string()) : QString::fromUtf8(dir);
+  EXPECT_TRUE(Viewer->grab().save(QDir(out).filePath("view-tabs.png")));
+
+  // The popup over the active tab, with its switch submenu open.
+  QMenu* popup = Viewer->ViewsMenu();
+  popup->popup(tabs->mapToGlobal(tabs->tabRect(4).center()));
+  SpinUntil([] { return false; }, 100);
+  QMenu* switchTo = popup->findChild<QMenu*>(QStringLiteral("mnuSwitchToView"));
+  EXPECT_EQ(switchTo->actions().size(), 6);
+  EXPECT_TRUE(popup->grab().save(QDir(out).filePath("view-tabs-popup.png")));
+  switchTo->popup(popup->mapToGlobal(QPoint(popup->width(), 0)));
+  SpinUntil([] { return false; }, 100);
+  EXPECT_TRUE(switchTo->grab().save(QDir(out).filePath("view-tabs-switch.png")));
+  switchTo->close();
+  popup->close();
+}
