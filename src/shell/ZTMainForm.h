@@ -344,7 +344,9 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool CloseQuery();
   void NoteLiveFrame();
   int FBatchDepth = 0;
-  QTimer* FBurstTimer = nullptr;
+  bool FWakeWatch = false;
+  uint64_t FWakeUps = 0;
+  uint64_t FLastFrameWake = ~uint64_t(0);
   bool FBurstOpen = false;
   std::vector<IZTMessageView*> FBatchViews;  // views inside the open bracket
   std::shared_ptr<IZTOrganizerHost> FOrganizerHost;  // shared: the type stays incomplete here

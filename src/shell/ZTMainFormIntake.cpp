@@ -1,6 +1,7 @@
 // The live road of TFrmViewer: from a frame of the channel to every view. The sender waits for the
 // whole road, so it stays short: no command states, no selection, no inspectors for a plain message.
 
+#include <QAbstractEventDispatcher>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QTableWidget>
@@ -178,22 +179,25 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
 }
 
 void TFrmViewer::NoteLiveFrame() {
-  // Frames that one wake-up of the channel brings go to the views inside one bracket, which ends
-  // when the loop is back. A lone frame, as a waiting sender sends, costs no bracket at all: the
-  // views already coalesce its refresh.
-  if (!FBurstTimer) {
-    FBurstTimer = new QTimer(this);
-    FBurstTimer->setSingleShot(true);
-    FBurstTimer->setInterval(0);
-    connect(FBurstTimer, &QTimer::timeout, this, [this] {
-      if (FBurstOpen) {
-        FBurstOpen = false;
-        EndMessageBatch();
-      }
-    });
+  // Frames that one wake-up of the loop brings (several senders, or a sender that doesn't wait) go
+  // to the views inside one bracket, which ends before the loop sleeps or wakes again. A lone frame,
+  // as a waiting sender sends, costs no bracket at all: the views already coalesce its refresh.
+  if (!FWakeWatch) {
+    FWakeWatch = true;
+    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance()) {
+      auto endBurst = [this] {
+        ++FWakeUps;
+        if (FBurstOpen) {
+          FBurstOpen = false;
+          EndMessageBatch();
+        }
+      };
+      connect(dispatcher, &QAbstractEventDispatcher::awake, this, endBurst);
+      connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, endBurst);
+    }
   }
-  if (!FBurstTimer->isActive()) {
-    FBurstTimer->start();
+  if (FWakeUps != FLastFrameWake) {
+    FLastFrameWake = FWakeUps;
   } else if (!FBurstOpen) {
     FBurstOpen = true;
     BeginMessageBatch();

@@ -285,21 +285,17 @@ bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text)
   auto& known = FFitting[static_cast<size_t>(slot)];
   const int32_t width = FColumnWidths[static_cast<size_t>(index)];
   // Widths only grow between resets, so a text that fitted a column no wider than now still fits.
-  for (const TFittingText& entry : known)
-    if (entry.Width >= 0 && entry.Width <= width && entry.Text == text) return false;
+  const auto found = known.find(text);
+  if (found != known.end() && found->second >= 0 && found->second <= width) return false;
   const bool grew = MeasureColumn(index, text);
-  uint8_t& next = FFittingNext[static_cast<size_t>(slot)];
-  TFittingText& entry = known[next];
-  next = static_cast<uint8_t>((next + 1) % known.size());
-  entry.Text.assign(text);
-  entry.Width = FColumnWidths[static_cast<size_t>(index)];
+  if (known.size() >= 4096) known.clear();
+  known.insert_or_assign(std::string(text), FColumnWidths[static_cast<size_t>(index)]);
   return grew;
 }
 
 void TZTMessageView::changeEvent(QEvent* event) {
   if (event->type() == QEvent::FontChange)
-    for (auto& known : FFitting)
-      for (TFittingText& entry : known) entry.Width = -1;
+    for (auto& known : FFitting) known.clear();
   TZTVirtualListBox::changeEvent(event);
 }
 

@@ -76,7 +76,7 @@ void TZTCustomVirtualListBox::SetNumItems(int32_t count) {
   if (FAnchor >= count) FAnchor = count - 1;
   if (FDragEnd >= count) FDragEnd = count - 1;
   // A shorter list pulls the top row back so that the last row stands at the bottom.
-  if (FTopIndex > MaxTopIndex()) FTopIndex = MaxTopIndex();
+  if (count < old && FTopIndex > MaxTopIndex()) FTopIndex = MaxTopIndex();
   if (Updating()) return;
   if (FLiveCount > 0) {
     ScheduleLiveRefresh(FTopIndex != oldTop || count < old, std::min(old, count));
@@ -268,8 +268,26 @@ void TZTCustomVirtualListBox::Scroll(int32_t columns, int32_t rows) {
   if (rows != 0) SetTopIndex(static_cast<int32_t>(std::clamp<int64_t>(static_cast<int64_t>(FTopIndex) + rows, 0, INT32_MAX)));
 }
 
+bool TZTCustomVirtualListBox::OnHiddenPage() const {
+  const QWidget* page = parentWidget();
+  return page && page->isHidden();
+}
+
+void TZTCustomVirtualListBox::showEvent(QShowEvent* event) {
+  QAbstractScrollArea::showEvent(event);
+  if (FScrollBarsStale) {
+    FScrollBarsStale = false;
+    UpdateScrollBars();
+    viewport()->update();
+  }
+}
+
 void TZTCustomVirtualListBox::UpdateScrollBars() {
   if (Updating()) return;
+  if (OnHiddenPage()) {
+    FScrollBarsStale = true;
+    return;
+  }
   FSettingScrollBars = true;
   QScrollBar* vert = verticalScrollBar();
   vert->setRange(0, MaxTopIndex());
@@ -301,6 +319,11 @@ void TZTCustomVirtualListBox::SetLiveRefreshInterval(int milliseconds) {
 }
 
 void TZTCustomVirtualListBox::ScheduleLiveRefresh(bool full, int32_t fromRow) {
+  // Nothing of a hidden page reaches the screen; it catches up when shown.
+  if (OnHiddenPage()) {
+    FScrollBarsStale = true;
+    return;
+  }
   if (full) FRefreshFull = true;
   if (fromRow >= 0 && (FRefreshFromRow < 0 || fromRow < FRefreshFromRow)) FRefreshFromRow = fromRow;
   if (!FRefreshTimer->isActive()) FRefreshTimer->start();
