@@ -283,19 +283,30 @@ void TZTMessageView::AddMessage(bool force) {
 
 bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text) {
   auto& known = FFitting[static_cast<size_t>(slot)];
+  TLastFitting& last = FLastFitting[static_cast<size_t>(slot)]
+                                   [(reinterpret_cast<uintptr_t>(text.data()) >> 3) % kLastFittingWays];
   const int32_t width = FColumnWidths[static_cast<size_t>(index)];
   // Widths only grow between resets, so a text that fitted a column no wider than now still fits.
+  if (last.Data == text.data() && last.Width >= 0 && last.Width <= width && last.Text == text) return false;
   const auto found = known.find(text);
-  if (found != known.end() && found->second >= 0 && found->second <= width) return false;
-  const bool grew = MeasureColumn(index, text);
-  if (known.size() >= 4096) known.clear();
-  known.insert_or_assign(std::string(text), FColumnWidths[static_cast<size_t>(index)]);
+  bool grew = false;
+  if (found == known.end() || found->second < 0 || found->second > width) {
+    grew = MeasureColumn(index, text);
+    if (known.size() >= 4096) known.clear();
+    known.insert_or_assign(std::string(text), FColumnWidths[static_cast<size_t>(index)]);
+  }
+  last.Data = text.data();
+  last.Text.assign(text);
+  last.Width = FColumnWidths[static_cast<size_t>(index)];
   return grew;
 }
 
 void TZTMessageView::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::FontChange)
+  if (event->type() == QEvent::FontChange) {
     for (auto& known : FFitting) known.clear();
+    for (auto& ways : FLastFitting)
+      for (TLastFitting& last : ways) last.Width = -1;
+  }
   TZTVirtualListBox::changeEvent(event);
 }
 

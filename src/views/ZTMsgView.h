@@ -327,6 +327,16 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
     size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
   };
   std::array<std::unordered_map<std::string, int32_t, TTextHash, std::equal_to<>>, 4> FFitting;
+  // In front of it, the texts last seen per column by where they lie: the store keeps one copy of each sender's texts, so
+  // the same place in memory with the same length is the same text in all but a rare case, which
+  // the comparison of the bytes then settles.
+  struct TLastFitting {
+    const char* Data = nullptr;
+    std::string Text;
+    int32_t Width = -1;
+  };
+  static constexpr size_t kLastFittingWays = 128;
+  std::array<std::array<TLastFitting, kLastFittingWays>, 4> FLastFitting;
   int32_t FIndentWidth = 24;
   TColor FMarkerColor = 0x00E6D8AD;
   TColor FHighlightFontColor = 0x00502805;

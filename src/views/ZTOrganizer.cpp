@@ -62,6 +62,15 @@ bool TZTOrganizer::Covered(TZTOrganizeField field, std::string_view value) const
   return values.find(value) != values.end();
 }
 
+bool TZTOrganizer::CoveredCached(TZTOrganizeField field, std::string_view value) {
+  TCoveredCache& cache = FCovered[static_cast<size_t>(field)];
+  if (cache.Generation == FGeneration && cache.Value == value) return true;
+  if (!Covered(field, value)) return false;
+  cache.Value.assign(value);
+  cache.Generation = FGeneration;
+  return true;
+}
+
 void TZTOrganizer::Organize() {
   FAutoOrganizing = true;
   try {
@@ -92,7 +101,7 @@ void TZTOrganizer::Organize(TZTOrganizeBy organizeBy) {
     // A message without category or computer has nothing to be organized by; an empty application
     // or thread name still gets its view.
     if ((field == ozCategory || field == ozComputerName) && value.empty()) continue;
-    if (Covered(field, value)) continue;
+    if (CoveredCached(field, value)) continue;
     const std::string text(value);
     FHost->CreateOrganizedView(ViewName(field, text), field, text, !FAutoOrganizing);
     ms.GotoRec(recNo);
@@ -124,6 +133,7 @@ int TZTOrganizer::CoveredField(const TZTOrganizerCriteria& criteria) {
 }
 
 void TZTOrganizer::AddValues(const TZTOrganizerCriteria& criteria) {
+  ++FGeneration;
   const int field = CoveredField(criteria);
   if (field >= 0) FValues[static_cast<size_t>(field)].insert(criteria.Value[static_cast<size_t>(field)]);
 }
@@ -139,6 +149,7 @@ void TZTOrganizer::UnregisterFilterCriteria(const void* view) {
   if (!view) return;
   auto it = std::find_if(FViews.begin(), FViews.end(), [view](const TEntry& e) { return e.View == view; });
   if (it == FViews.end()) return;
+  ++FGeneration;
   // One value stands for all views of that value: the first of them to go uncovers it.
   const int field = CoveredField(it->Criteria);
   if (field >= 0) FValues[static_cast<size_t>(field)].erase(it->Criteria.Value[static_cast<size_t>(field)]);
@@ -146,6 +157,7 @@ void TZTOrganizer::UnregisterFilterCriteria(const void* view) {
 }
 
 void TZTOrganizer::ClearFilterCriteria() {
+  ++FGeneration;
   for (auto& values : FValues) values.clear();
   for (const TEntry& entry : FViews) AddValues(entry.Criteria);
 }

@@ -93,7 +93,17 @@ class TZTOrganizer {
   static int CoveredField(const TZTOrganizerCriteria& criteria);
   void AddValues(const TZTOrganizerCriteria& criteria);
 
+  // The last value of each field found covered, valid while the register is unchanged: senders
+  // repeat, and a repeated value then costs one comparison instead of a search.
+  struct TCoveredCache {
+    std::string Value;
+    uint64_t Generation = 0;
+  };
+  bool CoveredCached(TZTOrganizeField field, std::string_view value);
+
   IZTOrganizerHost* FHost = nullptr;
+  uint64_t FGeneration = 1;
+  std::array<TCoveredCache, ztOrganizeFieldCount> FCovered;
   std::vector<TEntry> FViews;
   std::array<std::set<std::string, TLess>, ztOrganizeFieldCount> FValues;
   TZTOrganizeBy FOrganizeBy = 0;
