@@ -65,37 +65,34 @@ void TFrmViewer::LoadProject(const QString& fileName) {
                                 TZTPromptKind::Error);
     return;
   }
-  int count = ini.ReadInteger(ztProjectViewsSection, ztProjectViewCount, 0);
-  if (count < 1) {
+  const TZTProjectViews project = ReadProjectViews(ini);
+  if (project.ViewCount < 1) {
     PromptService().ShowMessage(nbkViews, QStringLiteral("Project File (") + shortName + QStringLiteral(") ") +
                                               QStringLiteral("does not contain any views.\r\r") +
                                               QStringLiteral("The project will still be loaded. Any new views ") +
                                               QStringLiteral("that you add will be included with the project ") +
                                               QStringLiteral("file the next time the project is saved."));
-  } else if (count > ztProjectMaxViews) {
+  } else if (project.ViewCount > ztProjectMaxViews) {
     PromptService().ShowMessage(
         nbkViews,
         QStringLiteral("Project File (%1) names %2 views. Only the first %3 are opened.")
             .arg(shortName)
-            .arg(count)
+            .arg(project.ViewCount)
             .arg(ztProjectMaxViews),
         TZTPromptKind::Warning);
-    count = ztProjectMaxViews;
   }
   QStringList badPatterns;
-  for (int i = 1; i <= count; ++i) {
-    const std::string name = ini.ReadString(ztProjectViewsSection, ProjectKey(i, "ViewName"), "All Messages");
-    const std::string viewClass = ini.ReadString(ztProjectViewsSection, ProjectKey(i, "ViewClass"), "Default");
-    if (viewClass.empty()) continue;
-    IZTMessageView* view = CreateView(QString::fromStdString(name), TZTFilterCriteria{}, false, true,
-                                      QString::fromStdString(viewClass));
+  for (const TZTProjectView& entry : project.Views) {
+    if (entry.ViewClass.empty()) continue;
+    IZTMessageView* view = CreateView(QString::fromStdString(entry.Name), TZTFilterCriteria{}, false, true,
+                                      QString::fromStdString(entry.ViewClass));
     if (!view) continue;
-    ini.SetCurrentSection(std::to_string(i) + "_" + name);
+    ini.SetCurrentSection(entry.Section);
     try {
       view->ReadSettings(ini);
     } catch (const EZTRegExError&) {
       // The view keeps the criteria it read; its text test takes nothing until the user corrects it.
-      badPatterns << QString::fromStdString(name);
+      badPatterns << QString::fromStdString(entry.Name);
     }
   }
   if (!badPatterns.isEmpty()) {

@@ -8,6 +8,7 @@
 
 #include "ZTCustomViewIntf.h"
 #include "ZTIniFile.h"
+#include "ZTProjectFile.h"
 
 namespace zentrail {
 
@@ -51,15 +52,5 @@ class TZTProjectIniFile : public TZTIniFile, public ICustomViewReadSettings, pub
   void WriteDateTime(const std::string& key, double value) override { WriteDateTime(CurrentSection(), key, value); }
   void WriteBinary(const std::string& key, std::string_view bytes) override { WriteBinary(CurrentSection(), key, bytes); }
 };
-
-// The sections and keys of a project file.
-inline constexpr const char* ztProjectViewsSection = "Views";
-inline constexpr const char* ztProjectViewCount = "ViewCount";
-// A project that names more views than this opens this many and says so: each view is a widget
-// with a list of its own, and a damaged file must not make the viewer build them by the thousand.
-inline constexpr int ztProjectMaxViews = 200;
-
-// "<i>_" and the rest of the key.
-inline std::string ProjectKey(int index, std::string_view key) { return std::to_string(index) + "_" + std::string(key); }
 
 }  // namespace zentrail

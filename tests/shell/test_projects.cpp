@@ -216,7 +216,9 @@ TEST_F(ProjectTest, DamagedFilesOpenWithOneClearMessageAndNeverHang) {
     const auto asked = NewPrompts();
     EXPECT_EQ(Viewer->ViewCount() - 1, c.Views);
     EXPECT_EQ(asked.size(), c.Prompt ? 1u : 0u);
-    if (c.Prompt && !asked.empty()) EXPECT_TRUE(asked[0].contains(QString::fromLatin1(c.Prompt))) << asked[0].toStdString();
+    if (c.Prompt && !asked.empty()) {
+      EXPECT_TRUE(asked[0].contains(QString::fromLatin1(c.Prompt))) << asked[0].toStdString();
+    }
     EXPECT_EQ(Viewer->ProjectFile(), Path(folder / c.Name)) << "it becomes the open project all the same";
   }
   // The truncated file keeps what it has: both views, the second with the part of its value.
