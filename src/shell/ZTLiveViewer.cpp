@@ -6,6 +6,7 @@
 
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
+#include "ZTPlugInManager.h"
 #include "ZTPromptService.h"
 #include "ZTSettingsStore.h"
 #include "ZTSignalCloser.h"
@@ -44,8 +45,11 @@ int main(int argc, char** argv) {
   QApplication::setApplicationDisplayName(QStringLiteral("Zentrail Live Viewer"));
   QApplication::setFont(InterfaceFont());
 
-  // The view classes; the plug-in manager takes this list over once it loads plug-ins.
-  ViewClasses().Register(QString::fromLatin1(TZTMessageView::ViewClassKey), &TZTMessageView::Create);
+  // Plug-ins register first, the viewer's own view class after them; the manager outlives the window,
+  // whose views and inspectors may be plug-in code.
+  TInternalPlugInManager plugIns;
+  plugIns.LoadPlugIns();
+  plugIns.RegisterCustomView<TZTMessageView>(QString::fromLatin1(TZTMessageView::ViewClassKey));
 
   if (lock == TZTSingleInstance::Result::Failed) {
     PromptService().ShowMessage(nullptr, QString::fromStdString(error), TZTPromptKind::Error);

@@ -168,7 +168,7 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   FRowHeight = 17;
   LoadSettings();
   CreateFixedView();
-  stsProject->setText(QString());
+  LoadLastProject();
   SetActiveViewIndex(0);
   setAcceptDrops(true);
 
@@ -589,6 +589,7 @@ bool TFrmViewer::event(QEvent* event) {
 
 void TFrmViewer::closeEvent(QCloseEvent* event) {
   // Nothing is asked at exit: unsaved messages and views without a project close silently.
+  CloseQuery();
   event->accept();
 }
 

@@ -21,6 +21,7 @@
 #include "ZTChannelServer.h"
 #include "ZTCustomViewIntf.h"
 #include "ZTLogTail.h"
+#include "ZTPlugInManager.h"
 #include "ZentrailMessage.h"
 
 class QAction;
@@ -46,21 +47,8 @@ class TZTDetailPanel;
 class TZTNavigator;
 class TZTInspectorPane;
 class TZTIniFile;
+class IZTOrganizerHost;
 
-// The custom view classes by key. The plug-in manager keeps this list once it exists; until then
-// the shell registers its own view class here at start.
-class TZTViewClassList {
- public:
-  void Register(const QString& key, TZTViewFactory factory);
-  // The class under key, else "Default", else the first registered; empty when there is none.
-  TZTViewFactory Find(const QString& key) const;
-  bool Empty() const { return FClasses.empty(); }
-  void Clear() { FClasses.clear(); }
-
- private:
-  std::vector<std::pair<QString, TZTViewFactory>> FClasses;
-};
-TZTViewClassList& ViewClasses();
 
 // Dialogs read this to decide whether to centre on the main window (it stays on top) or not.
 extern bool ztAlwaysOnTop;
@@ -168,6 +156,45 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // Renames the view and its tab, hands it the filter and refills it from the store. A pattern that
   // does not compile is shown to the user and the view keeps its old filter and rows; false then.
   bool ModifyView(IZTMessageView* view, const QString& name, const TZTFilterCriteria& criteria);
+
+  // ---- View tabs, projects, the organizer and plug-ins
+  IZTMessageView* GetView(int index) const { return GetViewIntf(index); }
+  // Frees the view, its page and its tab; index 0, the fixed view, stays.
+  void RemoveView(int index);
+  void RemoveAllViews();
+  // Moves a tab and its page and view from one place to another; place 0 is never involved.
+  void MoveView(int from, int to);
+  void RenameView(int index, const QString& name);
+  // Removes every additional view but the one at index.
+  void RemoveOtherViews(int index);
+  // The filter dialog, then CreateView with what it gives.
+  void NewView();
+  bool ViewsModified() const { return FViewsModified; }
+  QTabBar* TabBar() const { return tabViews; }
+  QMenu* ViewsMenu() const { return mnuViews; }
+  // A run of messages offered to the views in one update bracket per view: a burst of live frames,
+  // a log file. Nestable; views made inside the bracket join it.
+  void BeginMessageBatch();
+  void EndMessageBatch();
+  bool InMessageBatch() const { return FBatchDepth > 0; }
+
+  void LoadProject(const QString& fileName);
+  void SaveProject(const QString& fileName);
+  void SaveProjectAs();
+  void OpenProject();
+  // False when the user cancels, so the caller must not go on.
+  bool SaveProjectIfModified(bool prompt);
+  void NewProject();
+  const QString& ProjectFile() const { return LastProject; }
+  QString ProjectFolder() const;
+
+  // The organizer's scan over every stored message with the given fields.
+  void OrganizeAllMessages(uint8_t organizeBy);
+  // The checked state of Auto-Organize, with the scan it brings when switched on.
+  void SetAutoOrganize(bool on);
+  void OrganizeMessagesCommand();
+  void AutoOrganizeSettingsCommand();
+  void ShowPlugInDetails();
 
   // ---- Panes and layout
   void SetPaneVisible(TZTPane pane, bool visible);
@@ -345,6 +372,37 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void ApplyChromeColours();
   void ArrangeScratchPad();
   void tabViewsChange(int index);
+
+  // ---- View tabs, projects, the organizer and plug-ins
+  void CreateViewCommands();
+  void SetUpTabStrip();
+  void CreateProjectCommands();
+  void CreateOrganizerCommands();
+  void UpdateProjectCommandStates();
+  void UpdateOrganizerCommandStates();
+  void UpdateTabCloseButtons();
+  void RebuildSwitchToView();
+  void StartRenameView(int index);
+  void RemoveViewAt(int index);
+  void UpdateViewCommandStates();
+  void tabViewsTabOrderChange(int from, int to);
+  void ShowViewsMenu(const QPoint& globalPos, int tabIndex);
+  void RefreshProjectStatus();
+  void OrganizeArrivingMessage();
+  void LoadLastProject();
+  bool CloseQuery();
+  void NoteLiveFrame();
+  int FBatchDepth = 0;
+  bool FWakeWatch = false;
+  uint64_t FWakeUps = 0;
+  uint64_t FLastFrameWake = ~uint64_t(0);
+  bool FBurstOpen = false;
+  std::vector<IZTMessageView*> FBatchViews;  // views inside the open bracket
+  std::shared_ptr<IZTOrganizerHost> FOrganizerHost;  // shared: the type stays incomplete here
+  QMenu* mnuViews = nullptr;
+  QMenu* mnuSwitchToView = nullptr;
+  int FPopupTab = -1;  // the tab the popup menu was opened on
+  QString FProjectFolder;
   void ApplicationStateChanged(Qt::ApplicationState state);
 
   // ---- Detail panes

@@ -167,6 +167,7 @@ void TFrmViewer::CreateCommands() {
   FNavigator->CreateCommands();
   CreateFileCommands();
   CreateEditCommands();
+  CreateViewCommands();
 }
 
 void TFrmViewer::CreateMenus() {
@@ -180,8 +181,10 @@ void TFrmViewer::CreateMenus() {
       }
     }
   };
-  addAll(bar->addMenu(QStringLiteral("&File")), {"actOpen", "actAppend", "actSave", "actExport", "actFollowLog", "-",
-                                                 "actPrint", "actPrintInspectorContents", "-", "actExit"});
+  addAll(bar->addMenu(QStringLiteral("&File")), {"actNewProject", "actOpenProject", "actSaveProject", "actSaveProjectAs",
+                                                 "actCloseProject", "-", "actOpen", "actAppend", "actSave", "actExport",
+                                                 "actFollowLog", "-", "actPrint", "actPrintInspectorContents", "-",
+                                                 "actExit"});
   addAll(bar->addMenu(QStringLiteral("&Edit")), {"actEditMessage", "actCopyMessageText", "actCopyInspectorContents", "-",
                                                  "actAddNote", "actAddCheckPoint", "actAddSeparator", "actAddResetSeparator",
                                                  "-", "actDelete", "actCropToSelection", "actClear", "actClearAll", "-",
@@ -197,8 +200,10 @@ void TFrmViewer::CreateMenus() {
   addAll(bar->addMenu(QStringLiteral("&Methods")), {"actAutoCollapse", "-", "actMethodMatch", "actCurrentMethod", "-",
                                                     "actToggleMethod", "-", "actExpandAll", "actExpandToEnd",
                                                     "actCollapseAll"});
-  addAll(bar->addMenu(QStringLiteral("&Organize")), {"actViewModify"});
-  addAll(bar->addMenu(QStringLiteral("&Tools")), {"actBlockMessages"});
+  addAll(bar->addMenu(QStringLiteral("&Organize")), {"actOrganizeMessages", "actAutoOrganize", "actAutoOrganizeSettings",
+                                                     "-", "actViewNew", "actViewModify", "-", "actViewRemove",
+                                                     "actViewRemoveAll"});
+  addAll(bar->addMenu(QStringLiteral("&Tools")), {"actBlockMessages", "-", "actPlugIns"});
   addAll(bar->addMenu(QStringLiteral("&Help")), {"actHelpAbout"});
 
   mnuMessageList = new QMenu(this);
@@ -302,6 +307,7 @@ void TFrmViewer::UpdateCommandStates() {
   UpdateFileCommandStates(hasRows);
   UpdateEditCommandStates(hasRows, hasFocus, hasSelection, focusedType);
   FNavigator->UpdateCommandStates(hasRows, hasFocus);
+  UpdateViewCommandStates();
   UpdateStatusCounts();
 }
 

@@ -1,6 +1,7 @@
 // The live road of TFrmViewer: from a frame of the channel to every view. The sender waits for the
 // whole road, so it stays short: no command states, no selection, no inspectors for a plain message.
 
+#include <QAbstractEventDispatcher>
 #include <QFontMetrics>
 #include <QGuiApplication>
 #include <QTableWidget>
@@ -72,6 +73,7 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
   }
 
   ParseTransportPacket(packet, FPacket);
+  NoteLiveFrame();
   switch (FPacket.MsgType) {
     case ztmSeparator: {
       TZentrailMessage message;
@@ -172,8 +174,36 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
   MessageSet.AppendMessage(message, FNextMessageID);
   ++FNextMessageID;
   FNavigator->MessageStored(message.MsgType, message.MsgContent);
+  // Before the views see it, so that a view made for the message takes it in at once.
+  if (AutoOrganize) OrganizeArrivingMessage();
   FanOut();
   MessagesArrived();
+}
+
+void TFrmViewer::NoteLiveFrame() {
+  // Frames that one wake-up of the loop brings (several senders, or a sender that doesn't wait) go
+  // to the views inside one bracket, which ends before the loop sleeps or wakes again. A lone frame,
+  // as a waiting sender sends, costs no bracket at all: the views already coalesce its refresh.
+  if (!FWakeWatch) {
+    FWakeWatch = true;
+    if (QAbstractEventDispatcher* dispatcher = QAbstractEventDispatcher::instance()) {
+      auto endBurst = [this] {
+        ++FWakeUps;
+        if (FBurstOpen) {
+          FBurstOpen = false;
+          EndMessageBatch();
+        }
+      };
+      connect(dispatcher, &QAbstractEventDispatcher::awake, this, endBurst);
+      connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, endBurst);
+    }
+  }
+  if (FWakeUps != FLastFrameWake) {
+    FLastFrameWake = FWakeUps;
+  } else if (!FBurstOpen) {
+    FBurstOpen = true;
+    BeginMessageBatch();
+  }
 }
 
 void TFrmViewer::FanOut() {

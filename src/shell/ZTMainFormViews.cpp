@@ -11,37 +11,12 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "ZTInspectorPane.h"
 #include "ZTNavigator.h"
 #include "ZTPromptService.h"
 #include "ZentrailMessageSet.h"
 
 namespace zentrail {
-
-// ---------------------------------------------------------------------------------------------------
-// View classes
-
-void TZTViewClassList::Register(const QString& key, TZTViewFactory factory) {
-  for (auto& entry : FClasses) {
-    if (entry.first.compare(key, Qt::CaseInsensitive) == 0) {
-      entry.second = std::move(factory);
-      return;
-    }
-  }
-  FClasses.emplace_back(key, std::move(factory));
-}
-
-TZTViewFactory TZTViewClassList::Find(const QString& key) const {
-  for (const auto& entry : FClasses)
-    if (entry.first.compare(key, Qt::CaseInsensitive) == 0) return entry.second;
-  for (const auto& entry : FClasses)
-    if (entry.first.compare(QLatin1String("Default"), Qt::CaseInsensitive) == 0) return entry.second;
-  return FClasses.empty() ? TZTViewFactory() : FClasses.front().second;
-}
-
-TZTViewClassList& ViewClasses() {
-  static TZTViewClassList list;
-  return list;
-}
 
 namespace {
 
@@ -62,6 +37,10 @@ IZTMessageView* TFrmViewer::CreateViewPage(const TZTViewFactory& factory) {
 }
 
 void TFrmViewer::CreateFixedView() {
+  SetUpTabStrip();
+  // Plug-in inspectors take the content codes they registered for, once the pane exists.
+  if (auto* source = dynamic_cast<IZTCustomInspectorSource*>(PlugInManager))
+    FInspectorPane->SetCustomInspectorSource(source);
   IZTMessageView* view = CreateViewPage(ViewClasses().Find(QStringLiteral("Default")));
   tabViews->blockSignals(true);
   tabViews->addTab(kAllMessages);
@@ -214,10 +193,16 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
                                 TZTPromptKind::Error);
     return nullptr;
   }
+  // The busy cursor and the frozen screen come back on every way out.
   QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-  struct Restore {
-    ~Restore() { QGuiApplication::restoreOverrideCursor(); }
-  } restore;
+  pnlViews->setUpdatesEnabled(false);
+  struct TRestore {
+    QWidget* Views;
+    ~TRestore() {
+      Views->setUpdatesEnabled(true);
+      QGuiApplication::restoreOverrideCursor();
+    }
+  } restore{pnlViews};
   const int previous = ActiveViewIndex();
   IZTMessageView* view = CreateViewPage(factory);
   tabViews->blockSignals(true);
@@ -241,6 +226,11 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
   // A view made while a message is synchronised marks it like the others.
   view->SetSyncMsgRecNo(FNavigator->SyncRecNo());
   FViews.push_back(view);
+  // A view made inside a bracket joins it, so that the bracket's end refreshes it too.
+  if (FBatchDepth > 0) {
+    view->BeginUpdate();
+    FBatchViews.push_back(view);
+  }
   if (activate) PopulateView(view);
   ActivateView(view);
   if (activate) SetActiveViewIndex(ViewCount() - 1);
@@ -250,6 +240,98 @@ IZTMessageView* TFrmViewer::CreateView(const QString& name, const TZTFilterCrite
     UpdateCommandStates();
   }
   return view;
+}
+
+// Takes one additional view out of the three collections and frees it; the caller rebinds.
+void TFrmViewer::RemoveViewAt(int index) {
+  IZTMessageView* view = FViews[static_cast<size_t>(index)];
+  std::erase(FBatchViews, view);
+  FViews.erase(FViews.begin() + index);
+  QWidget* page = nbkViews->widget(index);
+  nbkViews->removeWidget(page);
+  delete page;  // and the view on it
+  tabViews->blockSignals(true);
+  tabViews->removeTab(index);
+  tabViews->blockSignals(false);
+}
+
+void TFrmViewer::RemoveView(int index) {
+  if (index <= 0 || index >= ViewCount()) return;
+  UnbindActiveView();
+  RemoveViewAt(index);
+  if (ViewCount() == 1) pnlTabSet->hide();
+  FViewsModified = true;
+  // The tab strip has moved the active tab left where the removed one stood at or below it.
+  tabViewsChange(tabViews->currentIndex());
+}
+
+void TFrmViewer::RemoveAllViews() {
+  UnbindActiveView();
+  while (ViewCount() > 1) RemoveViewAt(ViewCount() - 1);
+  pnlTabSet->hide();
+  FViewsModified = true;
+  tabViewsChange(0);
+}
+
+void TFrmViewer::RemoveOtherViews(int index) {
+  if (index <= 0 || index >= ViewCount()) {
+    RemoveAllViews();
+    return;
+  }
+  UnbindActiveView();
+  for (int i = ViewCount() - 1; i >= 1; --i)
+    if (i != index) RemoveViewAt(i);
+  FViewsModified = true;
+  tabViews->setCurrentIndex(1);
+  tabViewsChange(1);
+}
+
+void TFrmViewer::MoveView(int from, int to) {
+  const int last = ViewCount() - 1;
+  if (from == to || from < 1 || to < 1 || from > last || to > last) return;
+  tabViews->blockSignals(true);
+  tabViews->moveTab(from, to);
+  tabViews->blockSignals(false);
+  tabViewsTabOrderChange(from, to);
+}
+
+void TFrmViewer::tabViewsTabOrderChange(int from, int to) {
+  UnbindActiveView();
+  QWidget* page = nbkViews->widget(from);
+  nbkViews->removeWidget(page);
+  nbkViews->insertWidget(to, page);
+  IZTMessageView* view = FViews[static_cast<size_t>(from)];
+  FViews.erase(FViews.begin() + from);
+  FViews.insert(FViews.begin() + to, view);
+  nbkViews->setCurrentIndex(tabViews->currentIndex());
+  FViewsModified = true;
+  UpdateCommandStates();
+  BindActiveView();
+}
+
+void TFrmViewer::RenameView(int index, const QString& name) {
+  IZTMessageView* view = GetViewIntf(index);
+  if (!view || index == 0 || name.isEmpty() || name == view->GetName()) return;
+  view->SetName(name);
+  tabViews->setTabText(index, name);
+  FViewsModified = true;
+  UpdateCommandStates();
+}
+
+// ---------------------------------------------------------------------------------------------------
+// One bracket for a run of messages
+
+void TFrmViewer::BeginMessageBatch() {
+  if (FBatchDepth++ > 0) return;
+  FBatchViews = FViews;
+  for (IZTMessageView* view : FBatchViews) view->BeginUpdate();
+}
+
+void TFrmViewer::EndMessageBatch() {
+  if (FBatchDepth <= 0 || --FBatchDepth > 0) return;
+  std::vector<IZTMessageView*> views;
+  views.swap(FBatchViews);
+  for (IZTMessageView* view : views) view->EndUpdate();
 }
 
 void TFrmViewer::tabViewsChange(int index) {

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ZTColors.h"
@@ -58,6 +59,26 @@ class ICustomViewReadSettings {
   virtual int32_t ReadInteger(const std::string& key, int32_t defaultValue) = 0;
   virtual bool ReadBool(const std::string& key, bool defaultValue) = 0;
   virtual double ReadFloat(const std::string& key, double defaultValue) = 0;
+  // Days since 30 December 1899 plus the fraction of the day. By default a plain number.
+  virtual double ReadDateTime(const std::string& key, double defaultValue) { return ReadFloat(key, defaultValue); }
+  // Bytes; by default from hexadecimal pairs, empty when the value is not that.
+  virtual std::string ReadBinary(const std::string& key) {
+    const std::string text = ReadString(key, std::string());
+    auto nibble = [](char c) -> int {
+      if (c >= '0' && c <= '9') return c - '0';
+      if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+      if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+      return -1;
+    };
+    std::string bytes;
+    if (text.size() % 2 != 0) return bytes;
+    for (size_t i = 0; i < text.size(); i += 2) {
+      const int hi = nibble(text[i]), lo = nibble(text[i + 1]);
+      if (hi < 0 || lo < 0) return std::string();
+      bytes.push_back(static_cast<char>(hi * 16 + lo));
+    }
+    return bytes;
+  }
 };
 
 class ICustomViewWriteSettings {
@@ -67,6 +88,16 @@ class ICustomViewWriteSettings {
   virtual void WriteInteger(const std::string& key, int32_t value) = 0;
   virtual void WriteBool(const std::string& key, bool value) = 0;
   virtual void WriteFloat(const std::string& key, double value) = 0;
+  virtual void WriteDateTime(const std::string& key, double value) { WriteFloat(key, value); }
+  virtual void WriteBinary(const std::string& key, std::string_view bytes) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text;
+    for (unsigned char b : bytes) {
+      text.push_back(kDigits[b >> 4]);
+      text.push_back(kDigits[b & 15]);
+    }
+    WriteString(key, text);
+  }
 };
 
 // ---------------------------------------------------------------------------------------------------

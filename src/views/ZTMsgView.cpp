@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "ZTOrganizer.h"
 #include "ZTPromptService.h"
 #include "ZentrailMessageSet.h"
 
@@ -155,7 +156,7 @@ TZTMessageView::TZTMessageView(QWidget* parent, IZentrailApplication* app) : TZT
   UpdateColumnWidths();
 }
 
-TZTMessageView::~TZTMessageView() = default;
+TZTMessageView::~TZTMessageView() { Organizer().UnregisterFilterCriteria(static_cast<IZTMessageView*>(this)); }
 
 IZTMessageView* TZTMessageView::Create(QWidget* owner) { return new TZTMessageView(owner); }
 
@@ -183,6 +184,8 @@ void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria =
 
 void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
   FFilterCriteria = criteria;
+  // The organizer's register follows the criteria, a pattern that fails included.
+  Organizer().RegisterFilterCriteria(static_cast<IZTMessageView*>(this), OrganizerCriteria(criteria));
   // Built whether or not the text is checked, so a bad pattern shows when it is set. A pattern
   // that fails leaves none behind, and a text test then refuses every message rather than
   // testing the old pattern under the new criteria.
@@ -281,23 +284,30 @@ void TZTMessageView::AddMessage(bool force) {
 
 bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text) {
   auto& known = FFitting[static_cast<size_t>(slot)];
+  TLastFitting& last = FLastFitting[static_cast<size_t>(slot)]
+                                   [(reinterpret_cast<uintptr_t>(text.data()) >> 3) % kLastFittingWays];
   const int32_t width = FColumnWidths[static_cast<size_t>(index)];
   // Widths only grow between resets, so a text that fitted a column no wider than now still fits.
-  for (const TFittingText& entry : known)
-    if (entry.Width >= 0 && entry.Width <= width && entry.Text == text) return false;
-  const bool grew = MeasureColumn(index, text);
-  uint8_t& next = FFittingNext[static_cast<size_t>(slot)];
-  TFittingText& entry = known[next];
-  next = static_cast<uint8_t>((next + 1) % known.size());
-  entry.Text.assign(text);
-  entry.Width = FColumnWidths[static_cast<size_t>(index)];
+  if (last.Data == text.data() && last.Width >= 0 && last.Width <= width && last.Text == text) return false;
+  const auto found = known.find(text);
+  bool grew = false;
+  if (found == known.end() || found->second < 0 || found->second > width) {
+    grew = MeasureColumn(index, text);
+    if (known.size() >= 4096) known.clear();
+    known.insert_or_assign(std::string(text), FColumnWidths[static_cast<size_t>(index)]);
+  }
+  last.Data = text.data();
+  last.Text.assign(text);
+  last.Width = FColumnWidths[static_cast<size_t>(index)];
   return grew;
 }
 
 void TZTMessageView::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::FontChange)
-    for (auto& known : FFitting)
-      for (TFittingText& entry : known) entry.Width = -1;
+  if (event->type() == QEvent::FontChange) {
+    for (auto& known : FFitting) known.clear();
+    for (auto& ways : FLastFitting)
+      for (TLastFitting& last : ways) last.Width = -1;
+  }
   TZTVirtualListBox::changeEvent(event);
 }
 

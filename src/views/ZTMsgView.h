@@ -13,6 +13,8 @@
 #include <functional>
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "ZTCustomViewIntf.h"
@@ -316,15 +318,25 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   std::array<int32_t, 7> FColumnWidths{};
   // The last text measured per column, so a message from the same sender costs no measure.
   std::array<std::string, 7> FLastMeasured;
-  // Per identity column of an arriving message: texts measured lately, each with the column width
-  // it was measured at. Senders that take turns then cost no measure while the column is at least
-  // that wide. Dropped when the font changes, as the widths no longer tell.
-  struct TFittingText {
+  // Per identity column of an arriving message: each text measured, with the column width it was
+  // measured at. A run has few senders, so a sender that comes again costs no measure while the
+  // column is at least that wide, however many senders take turns. Dropped when the font changes,
+  // as the widths no longer tell, and when a flood of distinct texts makes it large.
+  struct TTextHash {
+    using is_transparent = void;
+    size_t operator()(std::string_view text) const { return std::hash<std::string_view>{}(text); }
+  };
+  std::array<std::unordered_map<std::string, int32_t, TTextHash, std::equal_to<>>, 4> FFitting;
+  // In front of it, the texts last seen per column by where they lie: the store keeps one copy of each sender's texts, so
+  // the same place in memory with the same length is the same text in all but a rare case, which
+  // the comparison of the bytes then settles.
+  struct TLastFitting {
+    const char* Data = nullptr;
     std::string Text;
     int32_t Width = -1;
   };
-  std::array<std::array<TFittingText, 8>, 4> FFitting;
-  std::array<uint8_t, 4> FFittingNext{};
+  static constexpr size_t kLastFittingWays = 128;
+  std::array<std::array<TLastFitting, kLastFittingWays>, 4> FLastFitting;
   int32_t FIndentWidth = 24;
   TColor FMarkerColor = 0x00E6D8AD;
   TColor FHighlightFontColor = 0x00502805;

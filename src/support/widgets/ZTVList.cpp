@@ -77,7 +77,7 @@ void TZTCustomVirtualListBox::SetNumItems(int32_t count) {
   if (FAnchor >= count) FAnchor = count - 1;
   if (FDragEnd >= count) FDragEnd = count - 1;
   // A shorter list pulls the top row back so that the last row stands at the bottom.
-  if (FTopIndex > MaxTopIndex()) FTopIndex = MaxTopIndex();
+  if (count < old && FTopIndex > MaxTopIndex()) FTopIndex = MaxTopIndex();
   if (Updating()) return;
   if (FLiveCount > 0) {
     ScheduleLiveRefresh(FTopIndex != oldTop || count < old, std::min(old, count));
@@ -271,8 +271,26 @@ void TZTCustomVirtualListBox::Scroll(int32_t columns, int32_t rows) {
   if (rows != 0) SetTopIndex(static_cast<int32_t>(std::clamp<int64_t>(static_cast<int64_t>(FTopIndex) + rows, 0, INT32_MAX)));
 }
 
+bool TZTCustomVirtualListBox::OnHiddenPage() const {
+  const QWidget* page = parentWidget();
+  return page && page->isHidden();
+}
+
+void TZTCustomVirtualListBox::showEvent(QShowEvent* event) {
+  QAbstractScrollArea::showEvent(event);
+  if (FScrollBarsStale) {
+    FScrollBarsStale = false;
+    UpdateScrollBars();
+    viewport()->update();
+  }
+}
+
 void TZTCustomVirtualListBox::UpdateScrollBars() {
   if (Updating()) return;
+  if (OnHiddenPage()) {
+    FScrollBarsStale = true;
+    return;
+  }
   FSettingScrollBars = true;
   QScrollBar* vert = verticalScrollBar();
   vert->setRange(0, MaxTopIndex());
@@ -304,6 +322,11 @@ void TZTCustomVirtualListBox::SetLiveRefreshInterval(int milliseconds) {
 }
 
 void TZTCustomVirtualListBox::ScheduleLiveRefresh(bool full, int32_t fromRow) {
+  // Nothing of a hidden page reaches the screen; it catches up when shown.
+  if (OnHiddenPage()) {
+    FScrollBarsStale = true;
+    return;
+  }
   if (full) FRefreshFull = true;
   if (fromRow >= 0 && (FRefreshFromRow < 0 || fromRow < FRefreshFromRow)) FRefreshFromRow = fromRow;
   if (!FRefreshTimer->isActive()) FRefreshTimer->start();
@@ -982,10 +1005,12 @@ void TZTCustomVirtualListBox::NotifyFocus() {
 }
 
 void InstallVirtualListBoxAccessibility() {
-  static bool installed = false;
-  if (installed) return;
-  installed = true;
-  QAccessible::installFactory(ListBoxFactory);
+  // A plug-in module that carries its own copy of the list box takes its factory away when it is
+  // unloaded, so that Qt never calls into code that is gone.
+  static struct TFactory {
+    TFactory() { QAccessible::installFactory(ListBoxFactory); }
+    ~TFactory() { QAccessible::removeFactory(ListBoxFactory); }
+  } factory;
 }
 
 }  // namespace zentrail

@@ -177,6 +177,7 @@ class TZTCustomVirtualListBox : public QAbstractScrollArea {
   void focusInEvent(QFocusEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
   void changeEvent(QEvent* event) override;
+  void showEvent(QShowEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
   bool viewportEvent(QEvent* event) override;
 
@@ -235,6 +236,9 @@ class TZTCustomVirtualListBox : public QAbstractScrollArea {
   // Coalesced refresh of live changes.
   void ScheduleLiveRefresh(bool full, int32_t fromRow);
   int32_t FLiveCount = 0;
+  // A list on a notebook page that isn't shown leaves its scroll bars until the page is.
+  bool OnHiddenPage() const;
+  bool FScrollBarsStale = false;
   QTimer* FRefreshTimer = nullptr;
   bool FRefreshFull = false;
   int32_t FRefreshFromRow = -1;
