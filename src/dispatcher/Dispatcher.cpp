@@ -23,14 +23,13 @@
 
 #include "LogRecord.h"
 #include "ZTChannel.h"
+#include "ZTDateTime.h"
 #include "Zlib.h"
 #include "ZentrailDestination.h"
 
 namespace zentrail {
 
 namespace {
-
-constexpr int32_t kUnixEpochDays = 25569;
 
 int32_t LocalDay(struct tm& local) {
   // The calendar is asked once a second at most: localtime may look at the zone file each time.
@@ -42,11 +41,7 @@ int32_t LocalDay(struct tm& local) {
     lastSecond = now;
   }
   local = lastLocal;
-  struct tm d {};
-  d.tm_year = local.tm_year;
-  d.tm_mon = local.tm_mon;
-  d.tm_mday = local.tm_mday;
-  return static_cast<int32_t>(timegm(&d) / 86400) + kUnixEpochDays;
+  return EncodeDayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
 }
 
 void Wake(int fd) {

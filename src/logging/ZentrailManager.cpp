@@ -7,14 +7,12 @@
 #include <new>
 
 #include "ZTCommonUtils.h"
+#include "ZTDateTime.h"
 #include "ZentrailLogger.h"
 
 namespace zentrail {
 
 namespace {
-
-// Days from 30 December 1899 to 1 January 1970.
-constexpr int32_t kUnixEpochDays = 25569;
 
 pid_t CurrentThreadId() {
   thread_local pid_t id = static_cast<pid_t>(syscall(SYS_gettid));
@@ -62,13 +60,9 @@ TZentrailManager::TZentrailManager() {
   localtime_r(&seconds, &local);
   FBaseMilliseconds = (int64_t(local.tm_hour) * 3600 + local.tm_min * 60 + local.tm_sec) * 1000 +
                       now.tv_nsec / 1000000;
-  // The local calendar day as a day count: timegm of the local broken-down date gives the same
-  // day number that the local date has.
-  tm dateOnly{};
-  dateOnly.tm_year = local.tm_year;
-  dateOnly.tm_mon = local.tm_mon;
-  dateOnly.tm_mday = local.tm_mday;
-  FBaseDate = static_cast<int32_t>(timegm(&dateOnly) / 86400) + kUnixEpochDays;
+  // The store counts days from 1 January 0001; the one calendar routine of the project makes the
+  // number, so that client, dispatcher and viewer cannot disagree on the base.
+  FBaseDate = EncodeDayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
 }
 
 TZentrailManager::~TZentrailManager() = default;

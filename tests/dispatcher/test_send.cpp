@@ -71,6 +71,38 @@ TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
   }
 }
 
+TEST_F(SendTest, StampIsTheSystemClockInTheStoresDayCount) {
+  StartDispatcher();
+  std::string log = (dir / "stamp.ztl").string();
+  // The expected day comes from the C library's calendar and the one fixed point of the format,
+  // 1 January 2000 = day 730,120, so that no constant of the client takes part.
+  auto expected = [] {
+    time_t now = time(nullptr);
+    tm local{};
+    localtime_r(&now, &local);
+    tm day{};
+    day.tm_year = local.tm_year;
+    day.tm_mon = local.tm_mon;
+    day.tm_mday = local.tm_mday;
+    tm y2k{};
+    y2k.tm_year = 100;
+    y2k.tm_mday = 1;
+    int64_t ms = (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) * 1000LL;
+    return std::pair<int64_t, int64_t>(730120 + (timegm(&day) - timegm(&y2k)) / 86400, ms);
+  };
+  auto before = expected();
+  EXPECT_EQ(Send("--dest 'File[Path=" + log + "]' 'what day is it'"), 0);
+  auto after = expected();
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+  auto messages = ReadLog(log);
+  ASSERT_EQ(messages.size(), 1u);
+  const TZentrailTimeStamp& t = messages[0].TimeStamp;
+  int64_t stamp = t.Date * 86400000LL + t.Time;
+  // Whole seconds from the C library against milliseconds in the stamp.
+  EXPECT_GE(stamp, before.first * 86400000LL + before.second) << "date " << t.Date << " time " << t.Time;
+  EXPECT_LE(stamp, after.first * 86400000LL + after.second + 1000) << "date " << t.Date << " time " << t.Time;
+}
+
 TEST_F(SendTest, SendsOverTcpWhenAsked) {
   std::string error;
   fs::path portFile = fs::path(GetRuntimeFolder(error)) / "dispatcher-tcp-port";
