@@ -3,6 +3,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <new>
 
@@ -50,6 +51,12 @@ TZentrailManager::TZentrailManager() {
   FProcessID = static_cast<uint32_t>(getpid());
   FConnection = std::make_shared<TZentrailCopyDataConnection>(mfDefault);
   FDefaultDestination.Viewer().SetActive(true);
+  if (const char* limit = std::getenv("ZENTRAIL_TIMEOUT_MS")) {
+    char* end = nullptr;
+    long value = std::strtol(limit, &end, 10);
+    // A value that is not a number leaves the default rather than removing the limit.
+    if (end != limit && *end == '\0' && value <= 0x7FFFFFFF && value >= -0x7FFFFFFF) FTimeoutMs = static_cast<int>(value);
+  }
 
   // Take the wall clock and the monotonic clock as close together as possible.
   FBaseCount = std::chrono::steady_clock::now();

@@ -67,7 +67,7 @@ std::string FindDispatcherExecutable() {
   return {};
 }
 
-bool StartDispatcher(const std::string& socketPath) {
+bool StartDispatcher(const std::string& socketPath, std::chrono::steady_clock::time_point limit) {
   std::string program = FindDispatcherExecutable();
   if (program.empty()) return false;
 
@@ -94,7 +94,7 @@ bool StartDispatcher(const std::string& socketPath) {
   posix_spawnattr_destroy(&attr);
   if (rc != 0) return false;
 
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  auto deadline = std::min(limit, std::chrono::steady_clock::now() + std::chrono::seconds(10));
   auto pause = std::chrono::milliseconds(1);
   bool exited = false;
   while (std::chrono::steady_clock::now() < deadline) {

@@ -1,0 +1,72 @@
+#pragma once
+// The dispatcher program under test: started as a child in the test's own runtime folder, with
+// helpers to put frames straight on its socket.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "../logging/ZentrailTestServers.h"
+#include "TestEnvironment.h"
+#include "ZentrailLogging.h"
+
+namespace zentrail::test {
+
+namespace fs = std::filesystem;
+
+inline std::string Program() { return BinaryPath("src/dispatcher/zentrail-dispatcher"); }
+
+struct DispatcherTest : ::testing::Test {
+  TChildProcess dispatcher;
+  std::string socket, viewerSocket;
+  fs::path dir;
+
+  void SetUp() override {
+    std::string error;
+    socket = DispatcherSocketPath(error);
+    viewerSocket = ViewerSocketPath(error);
+    ASSERT_FALSE(socket.empty()) << error;
+    dir = MakeTempDir("dispatch");
+    // No test may start a dispatcher by accident: the client finds none unless a test says so.
+    RegisterDispatcher("/nonexistent/zentrail-dispatcher");
+  }
+  void TearDown() override { dispatcher.Kill(); }
+
+  void StartDispatcher(const std::vector<std::string>& args = {}, const std::vector<std::string>& env = {}) {
+    ASSERT_TRUE(dispatcher.Start(Program(), args, env));
+    ASSERT_TRUE(WaitUntil([&] { return SocketAnswers(socket); })) << "dispatcher did not come up";
+  }
+  // A frame straight on a socket; the reply, or -1.
+  static int RawSend(int fd, uint32_t tag, std::string_view payload) {
+    std::string error;
+    return SendFrameAndWaitReply(fd, tag, payload, error);
+  }
+  static std::string Open(const std::string& route, const std::string& destination) {
+    TZentrailMessage m;
+    m.MsgType = ztmOpenRoute;
+    m.RouteKey = route;
+    m.MsgText = destination;
+    return m.GetAsTransportPacket();
+  }
+  static std::string Text(const std::string& route, const std::string& text) {
+    TZentrailMessage m;
+    m.RouteKey = route;
+    m.MsgText = text;
+    return m.GetAsTransportPacket();
+  }
+};
+
+inline int ReadPortFile(const char* name = "dispatcher-tcp-port") {
+  std::string error;
+  std::string path = GetRuntimeFolder(error) + "/" + name;
+  int port = 0;
+  WaitUntil([&] {
+    std::ifstream in(path);
+    return static_cast<bool>(in >> port);
+  });
+  return port;
+}
+}  // namespace zentrail::test
