@@ -428,6 +428,9 @@ struct TDispatcher::TClient {
   bool Tcp = false;
   bool Waiting = false;  // a frame waits for room in a queue; reading is paused
   TZTFrameDecoder Decoder;
+  // A batch that waits for room goes on from here when it is retried.
+  std::size_t BatchOffset = 0;
+  uint32_t BatchTaken = 0;
 };
 
 TDispatcher::TDispatcher(TDispatcherOptions options) : FOptions(std::move(options)) {}
@@ -613,26 +616,55 @@ void TDispatcher::ProcessFrames(TClient& client) {
   uint32_t tag = 0;
   std::string_view payload;
   std::string error;
+  auto pause = [&] {
+    if (!client.Waiting) {
+      client.Waiting = true;
+      epoll_event ev{};
+      ev.events = 0;
+      ev.data.fd = client.Fd;
+      epoll_ctl(FEpoll, EPOLL_CTL_MOD, client.Fd, &ev);
+    }
+  };
   while (client.Decoder.Next(tag, payload)) {
-    TResult result = HandleFrame(tag, payload);
-    if (result == TResult::Wait) {
-      if (!client.Waiting) {
-        client.Waiting = true;
-        epoll_event ev{};
-        ev.events = 0;
-        ev.data.fd = client.Fd;
-        epoll_ctl(FEpoll, EPOLL_CTL_MOD, client.Fd, &ev);
+    uint32_t reply = 0;
+    bool malformed = false;
+    if (tag == ztBatchTag) {
+      TZTBatchReader reader(payload, client.BatchOffset);
+      uint32_t recordTag = 0;
+      std::string_view record;
+      TZTBatchReader::TStep step;
+      while ((step = reader.Next(recordTag, record)) == TZTBatchReader::TStep::Record) {
+        TResult result = HandleFrame(recordTag, record);
+        if (result == TResult::Wait) {
+          // Taken up again at this record when there is room.
+          client.BatchOffset = reader.Offset() - ztFrameHeaderSize - record.size();
+          pause();
+          return;
+        }
+        if (result == TResult::Taken) ++client.BatchTaken;
       }
-      return;
+      malformed = step == TZTBatchReader::TStep::Malformed;
+      if (malformed && FOptions.Verbose) Log(reader.Error());
+      reply = client.BatchTaken;
+      client.BatchOffset = 0;
+      client.BatchTaken = 0;
+    } else {
+      TResult result = HandleFrame(tag, payload);
+      if (result == TResult::Wait) {
+        pause();
+        return;
+      }
+      reply = result == TResult::Taken ? 1 : 0;
     }
     client.Decoder.Pop();
-    if (!WriteReply(client.Fd, result == TResult::Taken ? 1 : 0, error)) {
+    // Never waits: a client that sends without reading its answers is dropped, not waited for.
+    if (!WriteReplyNow(client.Fd, reply, error) || malformed) {
       CloseClient(client.Fd);
       return;
     }
   }
   if (client.Decoder.Failed()) {
-    WriteReply(client.Fd, 0, error);
+    WriteReplyNow(client.Fd, 0, error);
     CloseClient(client.Fd);
   }
 }

@@ -1,5 +1,7 @@
 #include "ZTChannel.h"
 
+#include "ZentrailMessage.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -457,13 +459,12 @@ int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, std::s
   return SendFrameAndWaitReply(fd, tag, payload, ztNoDeadline, error);
 }
 
-int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline,
-                          std::string& error) {
-  if (payload.size() > ztMaxFrameSize) {
-    error = "frame of " + std::to_string(payload.size()) + " bytes exceeds the limit of " +
-            std::to_string(ztMaxFrameSize) + " bytes; not sent";
-    return 0;
-  }
+namespace {
+
+// Writes one frame and reads the raw 32-bit answer: 0 with the answer in reply, -1 on a failure,
+// ztTimedOut when the deadline passed.
+int Exchange(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline, uint32_t& reply,
+             std::string& error) {
   unsigned char header[ztFrameHeaderSize];
   PutBE32(header, tag);
   PutBE32(header + 4, static_cast<uint32_t>(payload.size()));
@@ -476,12 +477,40 @@ int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, TZTDea
     if (error == "connection closed") error = "connection closed before the reply";
     return -1;
   }
-  const uint32_t reply = GetBE32(buf);
+  reply = GetBE32(buf);
+  return 0;
+}
+
+std::string TooLarge(std::size_t size) {
+  return "frame of " + std::to_string(size) + " bytes exceeds the limit of " + std::to_string(ztMaxFrameSize) +
+         " bytes; not sent";
+}
+
+}  // namespace
+
+int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline,
+                          std::string& error) {
+  if (payload.size() > ztMaxFrameSize) {
+    error = TooLarge(payload.size());
+    return 0;
+  }
+  uint32_t reply = 0;
+  if (int r = Exchange(fd, tag, payload, deadline, reply, error); r < 0) return r;
   if (reply > 1) {
     error = "unexpected reply " + std::to_string(reply);
     return -1;
   }
   return static_cast<int>(reply);
+}
+
+int64_t SendBatchAndWaitCount(int fd, std::string_view batch, TZTDeadline deadline, std::string& error) {
+  if (batch.size() > ztMaxFrameSize) {
+    error = TooLarge(batch.size());
+    return 0;
+  }
+  uint32_t reply = 0;
+  if (int r = Exchange(fd, ztBatchTag, batch, deadline, reply, error); r < 0) return r;
+  return reply;
 }
 
 void TZTFrameDecoder::Feed(const char* data, std::size_t n) {
@@ -544,6 +573,39 @@ void TZTFrameDecoder::Reset() {
   FStart = 0;
   FFailed = false;
 }
+
+TZTBatchReader::TZTBatchReader(std::string_view payload, std::size_t offset)
+    : FPayload(payload), FOffset(offset > payload.size() ? payload.size() : offset) {}
+
+TZTBatchReader::TStep TZTBatchReader::Next(uint32_t& tag, std::string_view& bytes) {
+  if (!FError.empty()) return TStep::Malformed;
+  const std::size_t left = FPayload.size() - FOffset;
+  if (left == 0) return TStep::End;
+  if (left < ztFrameHeaderSize) {
+    FError = "batch record header cut off after " + std::to_string(left) + " bytes";
+    return TStep::Malformed;
+  }
+  const auto* p = reinterpret_cast<const unsigned char*>(FPayload.data() + FOffset);
+  const uint32_t recordTag = GetBE32(p);
+  const uint32_t length = GetBE32(p + 4);
+  // Only the two packet tags: a batch inside a batch, or anything else, is not a record.
+  if (recordTag != ztPacketTag && recordTag != ztCompressedPacketTag) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "%08X", recordTag);
+    FError = std::string("batch record with tag $") + buf + ", which is not a packet's";
+    return TStep::Malformed;
+  }
+  if (length > left - ztFrameHeaderSize) {
+    FError = "batch record of " + std::to_string(length) + " bytes runs past the end of the batch";
+    return TStep::Malformed;
+  }
+  tag = recordTag;
+  bytes = FPayload.substr(FOffset + ztFrameHeaderSize, length);
+  FOffset += ztFrameHeaderSize + length;
+  return TStep::Record;
+}
+
+void AppendBatchRecord(std::string& batch, uint32_t tag, std::string_view bytes) { AppendFrame(batch, tag, bytes); }
 
 bool PeerIsSameUser(int fd) {
   ucred cred{};

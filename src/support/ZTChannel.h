@@ -91,6 +91,42 @@ class TZTFrameDecoder {
   bool FFailed = false;
 };
 
+// Batch frame: tag "ZTB1"; its payload is records one after another, each a 32-bit tag (a packet
+// tag, 0x7F000004 or 0x7F000005), a 32-bit length and that many bytes, both integers big-endian.
+// The receiver takes each record as if it had come in a frame of its own and answers once with the
+// number of records taken. A malformed record ends the batch: the answer counts the records
+// before it, and the connection is closed.
+inline constexpr uint32_t ztBatchTag = 0x5A544231;
+
+// Walks the records of a batch payload without copying. Pure: no I/O, no allocation per record.
+class TZTBatchReader {
+ public:
+  enum class TStep { Record, End, Malformed };
+  // Starts at offset, a value that Offset() returned before (0 for the first record).
+  explicit TZTBatchReader(std::string_view payload, std::size_t offset = 0);
+  // Record: tag and bytes (a view into the payload) of the next record. End: nothing is left.
+  // Malformed: a cut-off header, a length that runs past the end, or a tag that is not a packet's;
+  // the reader stays there and Error() says why.
+  TStep Next(uint32_t& tag, std::string_view& bytes);
+  // Where the next record begins.
+  std::size_t Offset() const { return FOffset; }
+  const std::string& Error() const { return FError; }
+
+ private:
+  std::string_view FPayload;
+  std::size_t FOffset;
+  std::string FError;
+};
+
+// Sends a batch frame and waits for its answer: the number of records taken, 0 for a batch above
+// ztMaxFrameSize (not sent), -1 on a transport failure, ztTimedOut when the deadline passed. When
+// the answer is short of the records sent, the receiver has closed the connection if a record was
+// malformed.
+int64_t SendBatchAndWaitCount(int fd, std::string_view batch, TZTDeadline deadline, std::string& error);
+
+// Appends one record to a batch payload.
+void AppendBatchRecord(std::string& batch, uint32_t tag, std::string_view bytes);
+
 bool PeerIsSameUser(int fd);  // SO_PEERCRED uid == geteuid()
 
 // Listening socket at path (unlinks a stale socket file that nobody answers on first; refuses

@@ -100,3 +100,33 @@ TEST_F(DispatcherTest, SendCommandGivesUpOnAStoppedDispatcherAfterTheLimitFromTh
   EXPECT_LT(elapsed, std::chrono::seconds(5));
   EXPECT_NE(ReadFile(out).find("not taken"), std::string::npos) << ReadFile(out);
 }
+
+TEST_F(DispatcherTest, BatchFramesAreTakenRecordByRecordAndAMalformedOneEndsTheConnection) {
+  StartDispatcher();
+  std::string path = (dir / "batch.ztl").string();
+  std::string error;
+  int fd = ConnectUnixSocket(socket, error);
+  ASSERT_GE(fd, 0) << error;
+  ASSERT_EQ(RawSend(fd, ztPacketTag, Open("B", "File[Path=" + path + "]")), 1);
+  std::string batch;
+  AppendBatchRecord(batch, ztPacketTag, Text("B", "first"));
+  AppendBatchRecord(batch, ztCompressedPacketTag, ZlibDeflate(Text("B", "second")));
+  AppendBatchRecord(batch, ztPacketTag, "not a packet");  // refused, as a frame of its own would be
+  AppendBatchRecord(batch, ztPacketTag, Text("B", "third"));
+  EXPECT_EQ(SendBatchAndWaitCount(fd, batch, ztNoDeadline, error), 3);
+  // Batches and single frames mix on one connection.
+  EXPECT_EQ(RawSend(fd, ztPacketTag, Text("B", "single")), 1);
+
+  std::string bad;
+  AppendBatchRecord(bad, ztPacketTag, Text("B", "before the damage"));
+  bad += std::string("\x7F\x00\x00\x04\x00\x00\x10\x00", 8) + "short";
+  AppendBatchRecord(bad, ztPacketTag, Text("B", "never read"));
+  EXPECT_EQ(SendBatchAndWaitCount(fd, bad, ztNoDeadline, error), 1) << "the records before the damage count";
+  char byte;
+  EXPECT_EQ(read(fd, &byte, 1), 0) << "and the connection is closed";
+  close(fd);
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+  std::vector<std::string> texts;
+  for (auto& m : ReadLog(path)) texts.push_back(m.MsgText);
+  EXPECT_EQ(texts, (std::vector<std::string>{"first", "second", "third", "single", "before the damage"}));
+}
