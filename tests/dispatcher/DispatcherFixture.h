@@ -69,4 +69,20 @@ inline int ReadPortFile(const char* name = "dispatcher-tcp-port") {
   });
   return port;
 }
+// Ends a dispatcher that is no child of this process (one a client started) and waits until it
+// has let go of its socket.
+inline void EndForeignDispatcher(pid_t pid, const std::string& socket) {
+  kill(pid, SIGTERM);
+  // Ended means dead or a zombie (which has let go of its lock too); whoever its parent is reaps it.
+  auto ended = [&] {
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    std::string stat;
+    if (!std::getline(in, stat)) return true;
+    auto close = stat.rfind(')');
+    return close != std::string::npos && close + 2 < stat.size() && (stat[close + 2] == 'Z' || stat[close + 2] == 'X');
+  };
+  EXPECT_TRUE(WaitUntil(ended, 8000)) << "the dispatcher did not end";
+  EXPECT_FALSE(fs::exists(socket));
+}
+
 }  // namespace zentrail::test

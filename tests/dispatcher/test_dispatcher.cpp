@@ -116,10 +116,9 @@ TEST_F(DispatcherTest, ClientStartsTheDispatcherFromRegistryOrBesideOrPath) {
     setenv("PATH", savedPath.c_str(), 1);
     pid_t pid = SocketServerPid(socket);
     ASSERT_GT(pid, 0);
-    dispatcher.Adopt(pid);  // a child of this process: reaped by the fixture
     log.SetDestination(nullptr);
     log.UseZentrailManagerConnection();
-    EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+    EndForeignDispatcher(pid, socket);
     auto messages = ReadLog(path);
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].MsgText, "started on demand");

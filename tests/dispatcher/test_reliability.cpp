@@ -130,3 +130,65 @@ TEST_F(DispatcherTest, BatchFramesAreTakenRecordByRecordAndAMalformedOneEndsTheC
   for (auto& m : ReadLog(path)) texts.push_back(m.MsgText);
   EXPECT_EQ(texts, (std::vector<std::string>{"first", "second", "third", "single", "before the damage"}));
 }
+
+namespace {
+
+std::string ProcField(pid_t pid, const std::string& name) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/status");
+  std::string line;
+  while (std::getline(in, line))
+    if (line.rfind(name + ":", 0) == 0) return line.substr(name.size() + 1 + line.substr(name.size() + 1).find_first_not_of(" \t"));
+  return {};
+}
+
+std::string FdTarget(pid_t pid, int fd) {
+  std::error_code ec;
+  return fs::read_symlink("/proc/" + std::to_string(pid) + "/fd/" + std::to_string(fd), ec).string();
+}
+
+}  // namespace
+
+TEST_F(DispatcherTest, DispatcherStartedByAClientIsDetachedFromIt) {
+  RegisterDispatcher(Program());
+  std::string path = (dir / "detached.ztl").string();
+  TZentrailDestination destination("File[Path=" + path + "]");
+  TZentrailLogger log;
+  log.ConnectUsingCopyData();
+  log.SetDestination(&destination);
+  ASSERT_EQ(log.Send("started on demand"), 1);
+  pid_t pid = SocketServerPid(socket);
+  ASSERT_GT(pid, 0);
+  EXPECT_NE(ProcField(pid, "PPid"), std::to_string(getpid())) << "not a child, so never a zombie of this program";
+  EXPECT_NE(getsid(pid), getsid(0)) << "a session of its own";
+  EXPECT_NE(getpgid(pid), getpgid(0));
+  for (int fd = 0; fd < 3; ++fd) EXPECT_EQ(FdTarget(pid, fd), "/dev/null") << "standard stream " << fd;
+  EXPECT_EQ(FdTarget(pid, 3 + 64), "") << "no descriptor of the program leaks across";
+  int status = 0;
+  EXPECT_EQ(waitpid(-1, &status, WNOHANG), -1) << "nothing of the start is left to reap";
+  log.SetDestination(nullptr);
+  log.UseZentrailManagerConnection();
+  EndForeignDispatcher(pid, socket);
+  EXPECT_EQ(ReadLog(path).size(), 1u);
+}
+
+TEST_F(DispatcherTest, OnlyOneDispatcherStartsWhenManyClientsStartAtOnce) {
+  // The registered program notes each start and then becomes the dispatcher.
+  fs::path starts = dir / "starts.txt";
+  fs::path wrapper = dir / "counting-dispatcher";
+  WriteFile(wrapper, "#!/bin/sh\necho $$ >> '" + starts.string() + "'\nexec '" + Program() + "'\n");
+  fs::permissions(wrapper, fs::perms::owner_all);
+  RegisterDispatcher(wrapper.string());
+  std::string path = (dir / "many.ztl").string();
+  constexpr int kClients = 8;
+  TChildProcess clients[kClients];
+  for (int i = 0; i < kClients; ++i)
+    ASSERT_TRUE(clients[i].Start(BinaryPath("tools/zentrail-send/zentrail-send"),
+                                 {"--dest", "File[Path=" + path + "]", "client " + std::to_string(i)}));
+  for (auto& c : clients) EXPECT_EQ(c.Wait(15000), 0);
+  pid_t pid = SocketServerPid(socket);
+  ASSERT_GT(pid, 0);
+  std::string lines = ReadFile(starts);
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 1) << "started: " << lines;
+  EndForeignDispatcher(pid, socket);
+  EXPECT_EQ(ReadLog(path).size(), static_cast<std::size_t>(kClients));
+}
