@@ -69,6 +69,28 @@ inline int ReadPortFile(const char* name = "dispatcher-tcp-port") {
   });
   return port;
 }
+// Runs zentrail-send with standard input from stdinFd and both outputs into the file output;
+// the child's pid, reaped by the guard.
+inline void StartSender(TChildProcess& guard, const std::vector<std::string>& args, int stdinFd,
+                        const fs::path& output) {
+  std::string program = BinaryPath("tools/zentrail-send/zentrail-send");
+  std::vector<std::string> argStrings{program};
+  argStrings.insert(argStrings.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (auto& a : argStrings) argv.push_back(a.data());
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, stdinFd, 0);
+  posix_spawn_file_actions_addopen(&actions, 1, output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  posix_spawn_file_actions_adddup2(&actions, 1, 2);
+  pid_t pid = -1;
+  int rc = posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ);
+  posix_spawn_file_actions_destroy(&actions);
+  ASSERT_EQ(rc, 0);
+  guard.Adopt(pid);
+}
+
 // Ends a dispatcher that is no child of this process (one a client started) and waits until it
 // has let go of its socket.
 inline void EndForeignDispatcher(pid_t pid, const std::string& socket) {
