@@ -481,3 +481,34 @@ TEST(Channel, BatchRecordsAreReadInOrderAndAMalformedOneStopsTheReader) {
   EXPECT_EQ(tag, ztCompressedPacketTag);
   EXPECT_EQ(resumed.Next(tag, bytes), TZTBatchReader::TStep::End);
 }
+
+TEST(Channel, BoundedSendGivesUpOnAPeerThatNeitherReadsNorAnswers) {
+  int pair[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair), 0);
+  std::string error;
+  // The peer reads the frame but never answers.
+  std::thread reader([&] {
+    uint32_t tag;
+    std::string payload, e;
+    ReadFrame(pair[1], tag, payload, e);
+  });
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "unanswered", DeadlineIn(50), error), ztTimedOut);
+  reader.join();
+  // The peer reads nothing at all, and the frame is larger than the socket's buffers.
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, std::string(8 << 20, 'x'), DeadlineIn(50), error), ztTimedOut);
+  close(pair[0]);
+  close(pair[1]);
+
+  // An answer in time is an answer; no deadline waits as long as it takes.
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair), 0);
+  std::thread answering([&] {
+    uint32_t tag;
+    std::string payload, e;
+    for (int i = 0; i < 2 && ReadFrame(pair[1], tag, payload, e); ++i) WriteReply(pair[1], 1, e);
+  });
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "answered", DeadlineIn(5000), error), 1) << error;
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "answered", ztNoDeadline, error), 1) << error;
+  answering.join();
+  close(pair[0]);
+  close(pair[1]);
+}
