@@ -264,7 +264,11 @@ std::string PartFileName(const std::string& path, int n) {
   auto dot = path.rfind('.');
   std::string suffix = "." + std::to_string(n);
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix;
-  return path.substr(0, dot) + suffix + path.substr(dot);
+  // Built piece by piece: GCC 12 warns falsely (-Wrestrict) about the chained operator+ here.
+  std::string name(path, 0, dot);
+  name += suffix;
+  name.append(path, dot, std::string::npos);
+  return name;
 }
 
 std::string DatedFileName(const std::string& path, const std::string& format, int32_t, const struct tm& now) {
@@ -296,7 +300,11 @@ std::string DatedFileName(const std::string& path, const std::string& format, in
   auto slash = path.rfind('/');
   auto dot = path.rfind('.');
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + "-" + stamp;
-  return path.substr(0, dot) + "-" + stamp + path.substr(dot);
+  std::string name(path, 0, dot);
+  name += '-';
+  name += stamp;
+  name.append(path, dot, std::string::npos);
+  return name;
 }
 
 namespace {

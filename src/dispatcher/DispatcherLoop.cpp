@@ -230,8 +230,9 @@ void TDispatcher::ReadClient(TClient& client) {
 
 void TDispatcher::DiscardFrames(TClient& client, const char* data, std::size_t n) {
   std::string error;
-  while (n > 0) {
+  for (;;) {
     if (client.HeaderGot < ztFrameHeaderSize) {
+      if (n == 0) return;
       std::size_t take = std::min(n, ztFrameHeaderSize - client.HeaderGot);
       std::memcpy(client.Header + client.HeaderGot, data, take);
       client.HeaderGot += take;
@@ -245,13 +246,12 @@ void TDispatcher::DiscardFrames(TClient& client, const char* data, std::size_t n
     client.SkipLeft -= skip;
     data += skip;
     n -= skip;
-    if (client.SkipLeft == 0) {
-      ++FRefusedFrames;
-      client.HeaderGot = 0;
-      if (!WriteReplyNow(client.Fd, 0, error)) {
-        CloseClient(client.Fd);
-        return;
-      }
+    if (client.SkipLeft > 0) return;
+    ++FRefusedFrames;
+    client.HeaderGot = 0;
+    if (!WriteReplyNow(client.Fd, 0, error)) {
+      CloseClient(client.Fd);
+      return;
     }
   }
 }
