@@ -259,12 +259,13 @@ void TTcpSink::Finish() {
 // ---------------------------------------------------------------------------------------------
 // Files
 
+// Names are built piece by piece: GCC 12 warns falsely (-Wrestrict) about "." + std::string.
 std::string PartFileName(const std::string& path, int n) {
   auto slash = path.rfind('/');
   auto dot = path.rfind('.');
-  std::string suffix = "." + std::to_string(n);
+  std::string suffix(1, '.');
+  suffix += std::to_string(n);
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix;
-  // Built piece by piece: GCC 12 warns falsely (-Wrestrict) about the chained operator+ here.
   std::string name(path, 0, dot);
   name += suffix;
   name.append(path, dot, std::string::npos);
