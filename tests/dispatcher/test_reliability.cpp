@@ -25,14 +25,18 @@ struct TTimeLimit {
 }  // namespace
 
 TEST_F(DispatcherTest, StoppedDispatcherHoldsNoCallLongerThanTheLimit) {
-  StartDispatcher();
+  std::string error;
+  fs::remove(fs::path(GetRuntimeFolder(error)) / "dispatcher-tcp-port");
+  StartDispatcher({"--tcp-port", "0"});
+  const int port = ReadPortFile();
   constexpr int kLimitMs = 300;
   TTimeLimit limit(kLimitMs);
   std::string path = (dir / "stopped.ztl").string();
   TZentrailDestination destination("File[Path=" + path + "]");
   // Loggers that already hold a socket, one on a connection of its own that must connect anew,
-  // and one with a message too large for the socket's buffer, so the write itself would block.
-  TZentrailLogger warm[3], fresh, large;
+  // one with a message too large for the socket's buffer, so the write itself would block, and
+  // one over TCP.
+  TZentrailLogger warm[3], fresh, large, tcp;
   for (auto& l : warm) {
     l.SetDestination(&destination);
     ASSERT_EQ(l.Send("before the stop"), 1);
@@ -41,6 +45,8 @@ TEST_F(DispatcherTest, StoppedDispatcherHoldsNoCallLongerThanTheLimit) {
   large.ConnectUsingCopyData(mfDefault);
   large.SetDestination(&destination);
   ASSERT_EQ(large.Send("hello"), 1);
+  tcp.ConnectUsingTcp("127.0.0.1", static_cast<uint16_t>(port));
+  ASSERT_EQ(tcp.Send("over tcp"), 1);
   ASSERT_EQ(kill(dispatcher.Pid(), SIGSTOP), 0);
 
   std::atomic<int64_t> longestMs{0};
@@ -59,6 +65,7 @@ TEST_F(DispatcherTest, StoppedDispatcherHoldsNoCallLongerThanTheLimit) {
     for (auto& l : warm) threads.emplace_back([&] { timed(l, "while stopped"); });
     threads.emplace_back([&] { timed(fresh, "new connection while stopped"); });
     threads.emplace_back([&] { timed(large, std::string(16 << 20, 'x')); });
+    threads.emplace_back([&] { timed(tcp, "over tcp while stopped"); });
     for (auto& t : threads) t.join();
   });
   bool finished = calls.wait_for(std::chrono::seconds(10)) == std::future_status::ready;
@@ -73,6 +80,7 @@ TEST_F(DispatcherTest, StoppedDispatcherHoldsNoCallLongerThanTheLimit) {
   EXPECT_LT(longestMs.load(), kLimitMs + 2000);
   for (auto& l : warm) EXPECT_FALSE(l.Enabled()) << "the logger follows its failure rule";
   EXPECT_FALSE(fresh.Enabled());
+  EXPECT_FALSE(tcp.Enabled());
 
   // The dispatcher goes on where it stopped; the loggers can be switched on again.
   ASSERT_EQ(kill(dispatcher.Pid(), SIGCONT), 0);
