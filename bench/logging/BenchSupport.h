@@ -62,11 +62,13 @@ class Dispatcher {
   }
   ~Dispatcher() {
     if (FPid > 0) {
+      kill(FPid, SIGCONT);
       kill(FPid, SIGTERM);
       int status;
       waitpid(FPid, &status, 0);
     }
   }
+  pid_t Pid() const { return FPid; }
 
  private:
   pid_t FPid = -1;

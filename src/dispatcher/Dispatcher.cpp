@@ -23,14 +23,13 @@
 
 #include "LogRecord.h"
 #include "ZTChannel.h"
+#include "ZTDateTime.h"
 #include "Zlib.h"
 #include "ZentrailDestination.h"
 
 namespace zentrail {
 
 namespace {
-
-constexpr int32_t kUnixEpochDays = 25569;
 
 int32_t LocalDay(struct tm& local) {
   // The calendar is asked once a second at most: localtime may look at the zone file each time.
@@ -42,12 +41,13 @@ int32_t LocalDay(struct tm& local) {
     lastSecond = now;
   }
   local = lastLocal;
-  struct tm d {};
-  d.tm_year = local.tm_year;
-  d.tm_mon = local.tm_mon;
-  d.tm_mday = local.tm_mday;
-  return static_cast<int32_t>(timegm(&d) / 86400) + kUnixEpochDays;
+  return EncodeDayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
 }
+
+// A peer that stops answering holds its destination's worker no longer than this; the message in
+// hand is then dropped and the connection made anew for the next one.
+constexpr int kViewerAnswerMs = 30000;
+constexpr int kRemoteAnswerMs = 10000;
 
 void Wake(int fd) {
   uint64_t one = 1;
@@ -94,24 +94,39 @@ std::size_t TQueuedSink::QueuedBytes() const {
 }
 
 void TQueuedSink::Run() {
+  // A batch is bounded in bytes too, so that one request never carries the whole queue.
+  constexpr std::size_t kBatchBytes = 4u * 1024 * 1024;
+  std::vector<TPacket> batch;
   for (;;) {
-    TPacket packet;
+    batch.clear();
+    std::size_t bytes = 0;
     {
       std::unique_lock lock(FLock);
       FCv.wait(lock, [&] { return !FQueue.empty() || FStopping.load(); });
       if (FQueue.empty() || FAbandon.load()) break;
-      packet = FQueue.front();
+      for (const TPacket& p : FQueue) {
+        if (batch.size() >= BatchLimit() || (!batch.empty() && bytes + p->size() > kBatchBytes)) break;
+        batch.push_back(p);
+        bytes += p->size();
+      }
     }
-    Deliver(*packet);
+    // The packets stay queued, and counted against the bound, until they are delivered.
+    DeliverBatch(batch);
     {
       std::lock_guard lock(FLock);
-      FQueue.pop_front();
-      FBytes -= packet->size();
+      FQueue.erase(FQueue.begin(), FQueue.begin() + static_cast<std::ptrdiff_t>(batch.size()));
+      FBytes -= bytes;
     }
     if (FSomeoneWaits.exchange(false)) Wake(FWakeFd);
   }
   Finish();
   FFinished.store(true);
+}
+
+bool TQueuedSink::PauseUnlessAbandoned(std::chrono::milliseconds pause) {
+  std::unique_lock lock(FLock);
+  FCv.wait_for(lock, pause, [&] { return FAbandon.load(); });
+  return !FAbandon.load();
 }
 
 void TQueuedSink::Stop(int waitMs) {
@@ -145,8 +160,12 @@ void TViewerSink::Deliver(const std::string& packet) {
       FFd = ConnectUnixSocket(FPath, error);
       if (FFd < 0) return;  // no viewer runs: the message is dropped
     }
-    int result = SendFrameAndWaitReply(FFd, ztPacketTag, packet, error);
+    int result = SendFrameAndWaitReply(FFd, ztPacketTag, packet, DeadlineIn(kViewerAnswerMs), error);
     if (result >= 0) return;
+    if (result == ztTimedOut) {
+      close(FFd.exchange(-1));
+      return;
+    }
     // The viewer went away (or a new one replaced it): one more try on a fresh connection.
     close(FFd.exchange(-1));
   }
@@ -189,7 +208,7 @@ bool TTcpSink::EnsureConnected() {
   open.MsgType = ztmOpenRoute;
   open.RouteKey = FRouteID;
   open.MsgText = FRemote.empty() ? "Viewer" : FRemote;
-  if (SendFrameAndWaitReply(FFd, ztPacketTag, open.GetAsTransportPacket(), error) != 1) {
+  if (SendFrameAndWaitReply(FFd, ztPacketTag, open.GetAsTransportPacket(), DeadlineIn(kRemoteAnswerMs), error) != 1) {
     close(FFd.exchange(-1));
     FRetryAfter = now + std::chrono::seconds(2);
     return false;
@@ -215,8 +234,10 @@ void TTcpSink::Deliver(const std::string& packet) {
   for (int attempt = 0; attempt < 2 && !Abandoned(); ++attempt) {
     if (!EnsureConnected()) return;
     std::string error;
-    if (SendFrameAndWaitReply(FFd, tag, payload, error) >= 0) return;
+    int result = SendFrameAndWaitReply(FFd, tag, payload, DeadlineIn(kRemoteAnswerMs), error);
+    if (result >= 0) return;
     close(FFd.exchange(-1));
+    if (result == ztTimedOut) return;
   }
 }
 
@@ -231,19 +252,24 @@ void TTcpSink::Finish() {
   close92.MsgType = ztmCloseRoute;
   close92.RouteKey = FRouteID;
   std::string error;
-  if (!Abandoned()) SendFrameAndWaitReply(FFd, ztPacketTag, close92.GetAsTransportPacket(), error);
+  if (!Abandoned()) SendFrameAndWaitReply(FFd, ztPacketTag, close92.GetAsTransportPacket(), DeadlineIn(kRemoteAnswerMs), error);
   close(FFd.exchange(-1));
 }
 
 // ---------------------------------------------------------------------------------------------
 // Files
 
+// Names are built piece by piece: GCC 12 warns falsely (-Wrestrict) about "." + std::string.
 std::string PartFileName(const std::string& path, int n) {
   auto slash = path.rfind('/');
   auto dot = path.rfind('.');
-  std::string suffix = "." + std::to_string(n);
+  std::string suffix(1, '.');
+  suffix += std::to_string(n);
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + suffix;
-  return path.substr(0, dot) + suffix + path.substr(dot);
+  std::string name(path, 0, dot);
+  name += suffix;
+  name.append(path, dot, std::string::npos);
+  return name;
 }
 
 std::string DatedFileName(const std::string& path, const std::string& format, int32_t, const struct tm& now) {
@@ -275,7 +301,11 @@ std::string DatedFileName(const std::string& path, const std::string& format, in
   auto slash = path.rfind('/');
   auto dot = path.rfind('.');
   if (dot == std::string::npos || (slash != std::string::npos && dot < slash)) return path + "-" + stamp;
-  return path.substr(0, dot) + "-" + stamp + path.substr(dot);
+  std::string name(path, 0, dot);
+  name += '-';
+  name += stamp;
+  name.append(path, dot, std::string::npos);
+  return name;
 }
 
 namespace {
@@ -423,385 +453,6 @@ void TFileSink::Stop(int) {
   CloseFile();
   for (auto& c : FCompressors) c.Thread.join();
   FCompressors.clear();
-}
-
-// ---------------------------------------------------------------------------------------------
-// The event loop
-
-struct TDispatcher::TClient {
-  int Fd = -1;
-  bool Tcp = false;
-  bool Waiting = false;  // a frame waits for room in a queue; reading is paused
-  TZTFrameDecoder Decoder;
-};
-
-TDispatcher::TDispatcher(TDispatcherOptions options) : FOptions(std::move(options)) {}
-
-TDispatcher::~TDispatcher() {
-  for (auto& [fd, client] : FClients) close(fd);
-  for (int fd : {FEpoll, FUnixListen, FTcpListen, FSignalFd, FWakeFd, FLockFd})
-    if (fd >= 0) close(fd);
-}
-
-void TDispatcher::Log(const std::string& text) const {
-  std::fprintf(stderr, "zentrail-dispatcher: %s\n", text.c_str());
-}
-
-bool TDispatcher::Setup() {
-  std::string error;
-  FSocketPath = DispatcherSocketPath(error);
-  if (FSocketPath.empty()) {
-    Log(error);
-    return false;
-  }
-  sigset_t mask;
-  sigemptyset(&mask);
-  sigaddset(&mask, SIGTERM);
-  sigaddset(&mask, SIGINT);
-  sigaddset(&mask, SIGHUP);
-  pthread_sigmask(SIG_BLOCK, &mask, nullptr);  // before any thread starts, so all inherit it
-  signal(SIGPIPE, SIG_IGN);
-  signal(SIGXFSZ, SIG_IGN);  // an over-large file is a write error, not the end
-  FSignalFd = signalfd(-1, &mask, SFD_CLOEXEC | SFD_NONBLOCK);
-  FWakeFd = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  FEpoll = epoll_create1(EPOLL_CLOEXEC);
-
-  // One dispatcher per user: the lock is held for the whole run, so that two started at the same
-  // moment cannot both take the socket (the later one would remove the earlier one's file).
-  std::string lockPath = GetRuntimeFolder(error) + "/dispatcher.lock";
-  FLockFd = open(lockPath.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-  if (FLockFd < 0 || flock(FLockFd, LOCK_EX | LOCK_NB) != 0) {
-    FAlreadyRunning = true;
-    if (FOptions.Verbose) Log("another dispatcher is running");
-    return false;
-  }
-  FUnixListen = ListenUnixSocket(FSocketPath, error);
-  if (FUnixListen < 0) {
-    Log(error);
-    return false;
-  }
-  fcntl(FUnixListen, F_SETFL, fcntl(FUnixListen, F_GETFL) | O_NONBLOCK);
-  struct stat st {};
-  if (stat(FSocketPath.c_str(), &st) == 0) FSocketInode = st.st_ino;
-
-  if (FOptions.Tcp) {
-    FTcpListen = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    int one = 1;
-    setsockopt(FTcpListen, SOL_SOCKET, SO_REUSEADDR, &one, sizeof one);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_port = htons(static_cast<uint16_t>(FOptions.TcpPort));
-    if (inet_pton(AF_INET, FOptions.TcpBind.c_str(), &addr.sin_addr) != 1) {
-      Log("not an IPv4 address: " + FOptions.TcpBind);
-      return false;
-    }
-    if (bind(FTcpListen, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 || listen(FTcpListen, SOMAXCONN) != 0) {
-      Log("cannot listen on TCP port " + std::to_string(FOptions.TcpPort) + ": " + std::strerror(errno));
-      return false;
-    }
-    socklen_t len = sizeof addr;
-    getsockname(FTcpListen, reinterpret_cast<sockaddr*>(&addr), &len);
-    std::string folder = GetRuntimeFolder(error);
-    FPortFile = folder + "/dispatcher-tcp-port";
-    std::string tmp = FPortFile + ".tmp";
-    if (FILE* f = std::fopen(tmp.c_str(), "w")) {
-      std::fprintf(f, "%d\n", ntohs(addr.sin_port));
-      std::fclose(f);
-      rename(tmp.c_str(), FPortFile.c_str());
-    }
-  }
-
-  auto add = [&](int fd) {
-    epoll_event ev{};
-    ev.events = EPOLLIN;
-    ev.data.fd = fd;
-    epoll_ctl(FEpoll, EPOLL_CTL_ADD, fd, &ev);
-  };
-  add(FUnixListen);
-  if (FTcpListen >= 0) add(FTcpListen);
-  add(FSignalFd);
-  add(FWakeFd);
-
-  std::string viewerPath = ViewerSocketPath(error);
-  auto viewer = std::make_unique<TViewerSink>(FWakeFd, viewerPath);
-  FViewer = viewer.get();
-  FSinks["Viewer"] = std::move(viewer);
-  return true;
-}
-
-int TDispatcher::Run() {
-  if (!Setup()) return FAlreadyRunning ? 0 : 1;
-  if (FOptions.Verbose) Log("listening on " + FSocketPath);
-  bool running = true;
-  std::vector<epoll_event> events(64);
-  while (running) {
-    int n = epoll_wait(FEpoll, events.data(), static_cast<int>(events.size()), -1);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      Log(std::string("epoll failed: ") + std::strerror(errno));
-      break;
-    }
-    for (int i = 0; i < n; ++i) {
-      int fd = events[i].data.fd;
-      if (fd == FSignalFd) {
-        signalfd_siginfo info{};
-        while (read(FSignalFd, &info, sizeof info) == sizeof info) running = false;
-      } else if (fd == FWakeFd) {
-        uint64_t count;
-        while (read(FWakeFd, &count, sizeof count) == sizeof count) {
-        }
-        RetryWaiting();
-      } else if (fd == FUnixListen) {
-        Accept(fd, false);
-      } else if (fd == FTcpListen) {
-        Accept(fd, true);
-      } else if (auto it = FClients.find(fd); it != FClients.end()) {
-        ReadClient(*it->second);
-      }
-    }
-  }
-  Shutdown();
-  return 0;
-}
-
-void TDispatcher::Accept(int listenFd, bool tcp) {
-  for (;;) {
-    std::string error;
-    int fd = AcceptConnection(listenFd, true, error);
-    if (fd < 0) {
-      if (!error.empty()) Log(error);
-      return;
-    }
-    if (!tcp && !PeerIsSameUser(fd)) {
-      close(fd);
-      continue;
-    }
-    auto client = std::make_unique<TClient>();
-    client->Fd = fd;
-    client->Tcp = tcp;
-    epoll_event ev{};
-    ev.events = EPOLLIN | EPOLLRDHUP;
-    ev.data.fd = fd;
-    epoll_ctl(FEpoll, EPOLL_CTL_ADD, fd, &ev);
-    FClients[fd] = std::move(client);
-  }
-}
-
-void TDispatcher::CloseClient(int fd) {
-  epoll_ctl(FEpoll, EPOLL_CTL_DEL, fd, nullptr);
-  close(fd);
-  FClients.erase(fd);
-}
-
-void TDispatcher::ReadClient(TClient& client) {
-  if (client.Waiting) return;
-  char buf[65536];
-  for (;;) {
-    ssize_t n = read(client.Fd, buf, sizeof buf);
-    if (n > 0) {
-      client.Decoder.Feed(buf, static_cast<std::size_t>(n));
-      if (static_cast<std::size_t>(n) < sizeof buf) break;
-      continue;
-    }
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) break;
-    // End of stream or error: whatever frame was cut off is lost with the connection.
-    int fd = client.Fd;
-    ProcessFrames(client);
-    if (FClients.count(fd) && !FClients[fd]->Waiting) CloseClient(fd);
-    return;
-  }
-  ProcessFrames(client);
-}
-
-void TDispatcher::ProcessFrames(TClient& client) {
-  uint32_t tag = 0;
-  std::string_view payload;
-  std::string error;
-  while (client.Decoder.Next(tag, payload)) {
-    TResult result = HandleFrame(tag, payload);
-    if (result == TResult::Wait) {
-      if (!client.Waiting) {
-        client.Waiting = true;
-        epoll_event ev{};
-        ev.events = 0;
-        ev.data.fd = client.Fd;
-        epoll_ctl(FEpoll, EPOLL_CTL_MOD, client.Fd, &ev);
-      }
-      return;
-    }
-    client.Decoder.Pop();
-    if (!WriteReply(client.Fd, result == TResult::Taken ? 1 : 0, error)) {
-      CloseClient(client.Fd);
-      return;
-    }
-  }
-  if (client.Decoder.Failed()) {
-    WriteReply(client.Fd, 0, error);
-    CloseClient(client.Fd);
-  }
-}
-
-void TDispatcher::RetryWaiting() {
-  std::vector<int> waiting;
-  for (auto& [fd, client] : FClients)
-    if (client->Waiting) waiting.push_back(fd);
-  for (int fd : waiting) {
-    auto it = FClients.find(fd);
-    if (it == FClients.end()) continue;
-    TClient& client = *it->second;
-    client.Waiting = false;
-    ProcessFrames(client);
-    if (FClients.count(fd) && !client.Waiting) {
-      epoll_event ev{};
-      ev.events = EPOLLIN | EPOLLRDHUP;
-      ev.data.fd = fd;
-      epoll_ctl(FEpoll, EPOLL_CTL_MOD, fd, &ev);
-      // Bytes that arrived meanwhile are announced again by the level-triggered poll.
-    }
-  }
-}
-
-TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view payload) {
-  std::string_view packet;
-  if (tag == ztPacketTag) {
-    packet = payload;
-  } else if (tag == ztCompressedPacketTag) {
-    try {
-      ZlibInflateInto(payload, FPacket);
-    } catch (const std::exception&) {
-      return TResult::Refused;
-    }
-    packet = FPacket;
-  } else {
-    return TResult::Refused;
-  }
-  TZentrailPacketView view;
-  try {
-    ParseTransportPacket(packet, view);
-  } catch (const std::exception&) {
-    return TResult::Refused;
-  }
-  if (view.MsgType == ztmOpenRoute) return OpenRoute(view);
-  if (view.MsgType == ztmCloseRoute) {
-    CloseRoute(std::string(view.RouteKey));
-    return TResult::Taken;
-  }
-
-  // A message on a route that this dispatcher never heard of (it was restarted, say) goes to the
-  // viewer rather than nowhere.
-  std::vector<TSink*> fallback{FViewer};
-  auto route = FRoutes.find(std::string(view.RouteKey));
-  const std::vector<TSink*>& sinks = route != FRoutes.end() ? route->second : fallback;
-  for (TSink* sink : sinks)
-    if (!sink->HasRoom(packet.size())) return TResult::Wait;
-  auto shared = std::make_shared<const std::string>(packet);
-  bool all = true;
-  for (TSink* sink : sinks) {
-    TSink::TPush pushed = sink->Push(shared, view);
-    if (pushed != TSink::TPush::Taken) all = false;
-  }
-  return all ? TResult::Taken : TResult::Refused;
-}
-
-TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
-  std::vector<TSink*> sinks = SinksFor(std::string(view.MsgText));
-  if (sinks.empty()) return TResult::Refused;
-  FRoutes[std::string(view.RouteKey)] = std::move(sinks);
-  return TResult::Taken;
-}
-
-void TDispatcher::CloseRoute(const std::string& routeKey) {
-  auto route = FRoutes.find(routeKey);
-  if (route == FRoutes.end()) return;
-  std::vector<TSink*> sinks = std::move(route->second);
-  FRoutes.erase(route);
-  // A log file that no route names any more is closed, so that a long-running dispatcher does
-  // not keep every file it ever wrote open; the next route that names it opens it again.
-  for (TSink* sink : sinks) {
-    if (!dynamic_cast<TFileSink*>(sink)) continue;
-    bool used = false;
-    for (auto& [key, others] : FRoutes)
-      used = used || std::find(others.begin(), others.end(), sink) != others.end();
-    if (used) continue;
-    for (auto it = FSinks.begin(); it != FSinks.end(); ++it)
-      if (it->second.get() == sink) {
-        sink->Stop(0);
-        FSinks.erase(it);
-        break;
-      }
-  }
-}
-
-std::vector<TSink*> TDispatcher::SinksFor(const std::string& destinationText) {
-  std::vector<TSink*> sinks;
-  auto add = [&](TSink* s) {
-    if (std::find(sinks.begin(), sinks.end(), s) == sinks.end()) sinks.push_back(s);
-  };
-  std::string text = destinationText;
-  // Each round takes the first entry of each kind; further ones come back in Additional.
-  for (int round = 0; round < 64 && !text.empty(); ++round) {
-    TZentrailDestination destination;
-    try {
-      destination.SetAsString(text);
-    } catch (const std::exception& e) {
-      Log(std::string("route refused: ") + e.what());
-      return {};
-    }
-    if (destination.Viewer().Active()) add(FViewer);
-    const TLogFileDestination& file = destination.LogFile();
-    if (file.Active() && !file.FileName().empty()) {
-      TFileOptions o;
-      std::string folder = file.FilePath();
-      if (!folder.empty() && folder.back() != '/') folder += '/';
-      o.Path = folder + file.FileName();
-      o.MaxSize = file.MaxSize();
-      o.MaxParts = file.MaxParts();
-      o.LogByDate = file.LogByDate();
-      o.LogByDateFormat = file.LogByDateFormat();
-      o.Compressed = file.Compressed();
-      // One writer per file, whoever names it.
-      std::string key = "File:" + o.Path;
-      auto& sink = FSinks[key];
-      if (!sink) sink = std::make_unique<TFileSink>(o);
-      add(sink.get());
-    }
-    const TTcpDestination& tcp = destination.TCP();
-    if (tcp.Active() && !tcp.Host().empty() && tcp.Port() > 0 && tcp.Port() < 65536) {
-      std::string key = "TCP:" + tcp.Host() + ":" + std::to_string(tcp.Port()) + ":" + (tcp.Compressed() ? "z:" : ":") +
-                        tcp.RemoteDestinationString();
-      auto& sink = FSinks[key];
-      if (!sink)
-        sink = std::make_unique<TTcpSink>(FWakeFd, tcp.Host(), static_cast<uint16_t>(tcp.Port()),
-                                          tcp.RemoteDestinationString(), tcp.Compressed());
-      add(sink.get());
-    }
-    if (destination.UDP().Active() || destination.HTTP().Active() || destination.Alias().Active())
-      Log("UDP, HTTP and Alias destinations are not served by this dispatcher");
-    text = destination.Additional();
-  }
-  return sinks;
-}
-
-void TDispatcher::Shutdown() {
-  if (FUnixListen >= 0) {
-    close(FUnixListen);
-    FUnixListen = -1;
-    // Only remove the socket file if it is still ours, not one a newer dispatcher made.
-    struct stat st {};
-    if (stat(FSocketPath.c_str(), &st) == 0 && st.st_ino == FSocketInode) unlink(FSocketPath.c_str());
-  }
-  if (FTcpListen >= 0) {
-    close(FTcpListen);
-    FTcpListen = -1;
-    if (!FPortFile.empty()) unlink(FPortFile.c_str());
-  }
-  std::vector<int> fds;
-  for (auto& [fd, c] : FClients) fds.push_back(fd);
-  for (int fd : fds) CloseClient(fd);
-  // Queues get a little time to empty into a live viewer or remote dispatcher; files are closed
-  // and synced.
-  for (auto& [key, sink] : FSinks) sink->Stop(2000);
 }
 
 }  // namespace zentrail

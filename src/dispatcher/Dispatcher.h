@@ -2,6 +2,7 @@
 // The dispatcher: takes frames from logging clients on the local socket (and on TCP when asked),
 // keeps their routes and hands each message to the destinations of its route.
 
+#include <sys/socket.h>
 #include <sys/types.h>
 
 #include <atomic>
@@ -51,6 +52,15 @@ class TQueuedSink : public TSink {
   void Start();
   // Worker thread: deliver one packet; whatever happens, the packet is done afterwards.
   virtual void Deliver(const std::string& packet) = 0;
+  // A destination that gains from batches takes up to BatchLimit() packets at once, as many as are
+  // queued at that moment; by default one at a time through Deliver.
+  virtual std::size_t BatchLimit() const { return 1; }
+  virtual void DeliverBatch(const std::vector<TPacket>& packets) {
+    for (const TPacket& p : packets) Deliver(*p);
+  }
+  // Worker thread: waits for the time given, cut short when the destination is given up; false
+  // then.
+  bool PauseUnlessAbandoned(std::chrono::milliseconds pause);
   virtual void Finish() {}
   // Another thread: cut off a delivery that waits on its peer.
   virtual void Interrupt() {}
@@ -156,10 +166,32 @@ std::string DatedFileName(const std::string& path, const std::string& format, in
 // The name of rotated part n of path: "app.ztl" -> "app.3.ztl".
 std::string PartFileName(const std::string& path, int n);
 
+// A network of an allow list: an address and how many of its leading bits a peer must share.
+struct TNetworkRange {
+  int Family = 0;  // AF_INET or AF_INET6
+  unsigned char Address[16] = {};
+  int Bits = 0;
+};
+// "10.0.0.0/8", "192.168.1.7" (one host), "::1", "fd00::/8"; false for anything else.
+bool ParseNetworkRange(const std::string& text, TNetworkRange& range);
+// An IPv4 peer seen through an IPv6 socket (::ffff:a.b.c.d) is judged by its IPv4 address.
+bool AddressAllowed(const std::vector<TNetworkRange>& allow, const sockaddr* address);
+bool IsLoopbackAddress(const std::string& text);
+std::string AddressText(const sockaddr* address);
+
 struct TDispatcherOptions {
   bool Tcp = false;
-  std::string TcpBind = "127.0.0.1";
+  bool Udp = false;
+  // The address the TCP and UDP listeners bind to. Another than a loopback address needs an allow
+  // list, so that a dispatcher is never opened to a network by accident.
+  std::string Listen = "127.0.0.1";
   int TcpPort = 3434;  // 0: any free port, written to <runtime>/dispatcher-tcp-port
+  int UdpPort = 3435;  // 0: any free port, written to <runtime>/dispatcher-udp-port
+  // Peers whose frames are taken over TCP and UDP; empty means the loopback networks only.
+  std::vector<TNetworkRange> Allow;
+  // A peer that stops in the middle of a frame, or connects over TCP and sends nothing, is let go
+  // after this long.
+  int IdleTimeoutMs = 30000;
   bool Verbose = false;
 };
 
@@ -174,22 +206,27 @@ class TDispatcher {
   struct TClient;
   enum class TResult { Refused, Taken, Wait };
   bool Setup();
+  bool OpenNetworkListener(int type, int port, const char* portFileName, int& fd, std::string& portFile);
   void Accept(int listenFd, bool tcp);
   void ReadClient(TClient& client);
+  void DiscardFrames(TClient& client, const char* data, std::size_t n);
+  void ReadDatagrams();
+  void DropIdleClients();
   void ProcessFrames(TClient& client);
   TResult HandleFrame(uint32_t tag, std::string_view payload);
   TResult OpenRoute(const TZentrailPacketView& view);
   void CloseRoute(const std::string& routeKey);
-  std::vector<TSink*> SinksFor(const std::string& destinationText);
+  std::vector<TSink*> SinksFor(const std::string& destinationText, int depth = 0);
   void CloseClient(int fd);
   void RetryWaiting();
   void Shutdown();
   void Log(const std::string& text) const;
 
   TDispatcherOptions FOptions;
-  int FEpoll = -1, FUnixListen = -1, FTcpListen = -1, FSignalFd = -1, FWakeFd = -1, FLockFd = -1;
+  int FEpoll = -1, FUnixListen = -1, FTcpListen = -1, FUdpListen = -1, FSignalFd = -1, FWakeFd = -1, FLockFd = -1;
   bool FAlreadyRunning = false;
-  std::string FSocketPath, FPortFile;
+  std::string FSocketPath, FPortFile, FUdpPortFile;
+  uint64_t FRefusedFrames = 0;  // from peers outside the allow list
   ino_t FSocketInode = 0;
   std::map<int, std::unique_ptr<TClient>> FClients;
   std::map<std::string, std::vector<TSink*>> FRoutes;

@@ -24,6 +24,43 @@ namespace {
 // ended or was replaced since, and the message may be tried once more on a fresh connection.
 thread_local bool tPeerLost = false;
 
+// When the send under way on this thread must give up; the outermost scope sets it.
+thread_local TZTDeadline tDeadline = ztNoDeadline;
+
+class TDeadlineScope {
+ public:
+  TDeadlineScope() : FOuter(tDeadline) {
+    if (FOuter == ztNoDeadline) tDeadline = DeadlineIn(ZentrailManager.TimeoutMs());
+  }
+  ~TDeadlineScope() { tDeadline = FOuter; }
+  TDeadlineScope(const TDeadlineScope&) = delete;
+  TDeadlineScope& operator=(const TDeadlineScope&) = delete;
+
+ private:
+  TZTDeadline FOuter;
+};
+
+// Takes a lock that another sender may hold while it waits on a stopped dispatcher; the wait
+// counts against this call's own limit.
+template <class TMutex>
+bool LockBefore(std::unique_lock<TMutex>& lock, TZTDeadline deadline) {
+  if (deadline == ztNoDeadline) {
+    lock.lock();
+    return true;
+  }
+  return lock.try_lock_until(deadline);
+}
+
+bool Expired(TZTDeadline deadline) {
+  return deadline != ztNoDeadline && std::chrono::steady_clock::now() >= deadline;
+}
+
+int MsLeft(TZTDeadline deadline) {
+  if (deadline == ztNoDeadline) return 0;
+  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  return left.count() > 0 ? static_cast<int>(left.count()) : 1;
+}
+
 int32_t Today() {
   TZentrailTimeStamp t;
   ZentrailManager.GetTimeStamp(t);
@@ -128,8 +165,12 @@ void TZentrailConnection::CloseRoute(TRoute& route, const std::string& category)
   route.Code.reset();
 }
 
+std::chrono::steady_clock::time_point TZentrailConnection::CurrentDeadline() { return tDeadline; }
+
 void TZentrailConnection::ReleaseRoute(const std::string& dispatchID, const std::string& category) {
-  std::lock_guard lock(FMonitor);
+  TDeadlineScope scope;
+  std::unique_lock lock(FMonitor, std::defer_lock);
+  if (!LockBefore(lock, tDeadline)) return;
   TRoute* route = FindRoute(dispatchID);
   if (!route) return;
   CloseRoute(*route, category);
@@ -137,8 +178,13 @@ void TZentrailConnection::ReleaseRoute(const std::string& dispatchID, const std:
 }
 
 void TZentrailConnection::CloseAllRoutes() {
-  std::lock_guard lock(FMonitor);
-  for (auto& route : FDispatchIDs) CloseRoute(route, {});
+  // One limit for all of them: a stopped dispatcher must not hold a program at its exit once per
+  // route.
+  TDeadlineScope scope;
+  std::unique_lock lock(FMonitor, std::defer_lock);
+  if (!LockBefore(lock, tDeadline)) return;
+  for (auto& route : FDispatchIDs)
+    if (!Expired(tDeadline)) CloseRoute(route, {});
   FDispatchIDs.clear();
 }
 
@@ -150,12 +196,14 @@ void TZentrailConnection::ForgetAnnouncedRoutes() {
 
 int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailMessage& message,
                                              std::string& dispatchID, int32_t& dispatchIDDate) {
+  TDeadlineScope scope;
   // A second round only when the first found its dispatcher gone: the route is then announced
   // to whichever dispatcher answers now.
   for (int round = 0; round < 2; ++round) {
     tPeerLost = false;
     {
-      std::lock_guard lock(FMonitor);
+      std::unique_lock lock(FMonitor, std::defer_lock);
+      if (!LockBefore(lock, tDeadline)) return 0;
       bool connected = Connect();
       if (FRoutesLost.exchange(false))
         for (auto& r : FDispatchIDs) r.Code.reset();
@@ -182,7 +230,7 @@ int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailM
           announced = 0;
         }
         if (announced == 0) {
-          if (tPeerLost) continue;
+          if (tPeerLost && !Expired(tDeadline)) continue;
           return 0;
         }
         route->Code = code;
@@ -195,7 +243,7 @@ int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailM
     } catch (...) {
       result = 0;
     }
-    if (result == 0 && tPeerLost) continue;
+    if (result == 0 && tPeerLost && !Expired(tDeadline)) continue;
     return result;
   }
   return 0;
@@ -241,7 +289,7 @@ int TZentrailCopyDataConnection::TakeSocket(bool& reused) {
   std::string error;
   std::string path = DispatcherSocketPath(error);
   if (path.empty()) return -1;
-  return ConnectUnixSocket(path, error);
+  return ConnectUnixSocket(path, tDeadline, error);
 }
 
 void TZentrailCopyDataConnection::ReturnSocket(int fd) {
@@ -257,6 +305,7 @@ void TZentrailCopyDataConnection::DropIdleSockets() {
 }
 
 bool TZentrailCopyDataConnection::Connect() {
+  TDeadlineScope scope;
   {
     std::lock_guard lock(FPoolLock);
     // A dead idle socket is found by the send that uses it, which then tries once more.
@@ -265,10 +314,10 @@ bool TZentrailCopyDataConnection::Connect() {
   std::string error;
   std::string path = DispatcherSocketPath(error);
   if (path.empty()) return false;
-  int fd = ConnectUnixSocket(path, error);
+  int fd = ConnectUnixSocket(path, tDeadline, error);
   if (fd < 0) {
-    if (!StartDispatcher(path)) return false;
-    fd = ConnectUnixSocket(path, error);
+    if (Expired(tDeadline) || !StartDispatcher(path, tDeadline)) return false;
+    fd = ConnectUnixSocket(path, tDeadline, error);
     if (fd < 0) return false;
   }
   ReturnSocket(fd);
@@ -276,6 +325,7 @@ bool TZentrailCopyDataConnection::Connect() {
 }
 
 int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
+  TDeadlineScope scope;
   // A local buffer: this also runs from static destructors at exit, after thread-local ones.
   std::string payload;
   uint32_t tag = EncodeFrame(message, payload);
@@ -283,7 +333,13 @@ int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
   int fd = TakeSocket(reused);
   if (fd < 0) return 0;
   std::string error;
-  int result = SendFrameAndWaitReply(fd, tag, payload, error);
+  int result = SendFrameAndWaitReply(fd, tag, payload, tDeadline, error);
+  if (result == ztTimedOut) {
+    // The dispatcher lives but does not answer (stopped, or swamped). This socket stands in the
+    // middle of an exchange and is useless; the routes are still known over there.
+    close(fd);
+    return 0;
+  }
   if (result < 0) {
     // The dispatcher is gone: its sockets are useless, and a new one must hear of the routes again.
     close(fd);
@@ -329,18 +385,26 @@ TZentrailTcpConnection::~TZentrailTcpConnection() {
 }
 
 int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
+  TDeadlineScope scope;
   // A local buffer: this also runs from static destructors at exit, after thread-local ones.
   std::string payload;
   uint32_t tag = EncodeFrame(message, payload);
-  std::lock_guard lock(FTcpLock);
+  const TZTDeadline deadline = tDeadline;
+  std::unique_lock lock(FTcpLock, std::defer_lock);
+  if (!LockBefore(lock, deadline) || Expired(deadline)) return 0;
   std::string error;
   bool reused = FFd >= 0;
   if (FFd < 0) {
-    // A bounded connect: an unreachable host must not hold the application for minutes.
-    FFd = ConnectTcp(FHost, FPort, 5000, error);
+    // Without a limit of its own, an unreachable host still must not hold the program for minutes.
+    FFd = ConnectTcp(FHost, FPort, deadline == ztNoDeadline ? 5000 : MsLeft(deadline), error);
     if (FFd < 0) return 0;
   }
-  int result = SendFrameAndWaitReply(FFd, tag, payload, error);
+  int result = SendFrameAndWaitReply(FFd, tag, payload, deadline, error);
+  if (result == ztTimedOut) {
+    close(FFd);
+    FFd = -1;
+    return 0;
+  }
   if (result < 0) {
     close(FFd);
     FFd = -1;

@@ -47,6 +47,10 @@ class TZentrailConnection {
   TZentrailConnection(const TZentrailConnection&) = delete;
   TZentrailConnection& operator=(const TZentrailConnection&) = delete;
 
+  // Every transport call of a send is bounded by the manager's time limit, counted once from the
+  // start of SendZentrailMessage (or of closing routes); a transport asks for what is left.
+  static std::chrono::steady_clock::time_point CurrentDeadline();
+
   // Makes sure a dispatcher can be reached; false when none can.
   virtual bool Connect() { return true; }
   // Delivers one message; the dispatcher's answer (1 taken, 0 refused), 0 on any failure.
@@ -88,7 +92,7 @@ class TZentrailConnection {
   void FillControl(TZentrailMessage& control, int32_t type, const std::string& id,
                    const std::string& category);
 
-  std::mutex FMonitor;
+  std::timed_mutex FMonitor;
   std::vector<TRoute> FDispatchIDs;
   std::atomic<bool> FRoutesLost{false};
   uint8_t FCompression;
@@ -133,7 +137,7 @@ class TZentrailTcpConnection : public TZentrailConnection {
   uint16_t Port() const { return FPort; }
 
  private:
-  std::mutex FTcpLock;  // holds a request and its reply together
+  std::timed_mutex FTcpLock;  // holds a request and its reply together
   int FFd = -1;
   std::string FHost;
   uint16_t FPort;

@@ -3,18 +3,17 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <ctime>
 #include <new>
 
 #include "ZTCommonUtils.h"
+#include "ZTDateTime.h"
 #include "ZentrailLogger.h"
 
 namespace zentrail {
 
 namespace {
-
-// Days from 30 December 1899 to 1 January 1970.
-constexpr int32_t kUnixEpochDays = 25569;
 
 pid_t CurrentThreadId() {
   thread_local pid_t id = static_cast<pid_t>(syscall(SYS_gettid));
@@ -52,6 +51,12 @@ TZentrailManager::TZentrailManager() {
   FProcessID = static_cast<uint32_t>(getpid());
   FConnection = std::make_shared<TZentrailCopyDataConnection>(mfDefault);
   FDefaultDestination.Viewer().SetActive(true);
+  if (const char* limit = std::getenv("ZENTRAIL_TIMEOUT_MS")) {
+    char* end = nullptr;
+    long value = std::strtol(limit, &end, 10);
+    // A value that is not a number leaves the default rather than removing the limit.
+    if (end != limit && *end == '\0' && value <= 0x7FFFFFFF && value >= -0x7FFFFFFF) FTimeoutMs = static_cast<int>(value);
+  }
 
   // Take the wall clock and the monotonic clock as close together as possible.
   FBaseCount = std::chrono::steady_clock::now();
@@ -62,13 +67,9 @@ TZentrailManager::TZentrailManager() {
   localtime_r(&seconds, &local);
   FBaseMilliseconds = (int64_t(local.tm_hour) * 3600 + local.tm_min * 60 + local.tm_sec) * 1000 +
                       now.tv_nsec / 1000000;
-  // The local calendar day as a day count: timegm of the local broken-down date gives the same
-  // day number that the local date has.
-  tm dateOnly{};
-  dateOnly.tm_year = local.tm_year;
-  dateOnly.tm_mon = local.tm_mon;
-  dateOnly.tm_mday = local.tm_mday;
-  FBaseDate = static_cast<int32_t>(timegm(&dateOnly) / 86400) + kUnixEpochDays;
+  // The store counts days from 1 January 0001; the one calendar routine of the project makes the
+  // number, so that client, dispatcher and viewer cannot disagree on the base.
+  FBaseDate = EncodeDayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
 }
 
 TZentrailManager::~TZentrailManager() = default;

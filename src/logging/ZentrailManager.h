@@ -54,6 +54,13 @@ class TZentrailManager {
   void ConnectUsingTcp(TZentrailMessageFormat format = mfDefault);
   void SetConnection(std::shared_ptr<TZentrailConnection> connection);
 
+  // The longest that one send may block the calling thread, in milliseconds: connecting (and
+  // starting a dispatcher), writing and waiting for the answer together. A message that is not
+  // answered in time counts as not taken. 5000 unless ZENTRAIL_TIMEOUT_MS says otherwise at start;
+  // 0 or less means no limit.
+  int TimeoutMs() const { return FTimeoutMs.load(std::memory_order_relaxed); }
+  void SetTimeoutMs(int value) { FTimeoutMs.store(value, std::memory_order_relaxed); }
+
   // Only "Viewer" at start.
   TZentrailDestination& DefaultDestination() { return FDefaultDestination; }
 
@@ -78,6 +85,8 @@ class TZentrailManager {
   std::mutex FThreadMapCriticalSection;
   std::unordered_map<pid_t, std::string> FThreadMap;
   std::atomic<TZentrailLogAsserts> FLogAsserts{laNormal};
+  // Before the connection: its destructor still reads the limit when it closes its routes.
+  std::atomic<int> FTimeoutMs{5000};
   mutable std::mutex FConnectionLock;
   std::shared_ptr<TZentrailConnection> FConnection;
   TZentrailDestination FDefaultDestination;

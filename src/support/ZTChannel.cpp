@@ -1,5 +1,7 @@
 #include "ZTChannel.h"
 
+#include "ZentrailMessage.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +18,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <thread>
 
 namespace zentrail {
 
@@ -47,14 +50,25 @@ std::string FormatMode(mode_t mode) {
 
 // A peer that stops reading must not hold a writer forever on a non-blocking socket.
 constexpr int kWriteWaitMs = 10000;
+constexpr const char* kTimedOutText = "timed out waiting on the connection";
 
-bool WaitFor(int fd, short events, int timeoutMs, std::string& error) {
+// Milliseconds left until the deadline for poll: -1 for none, 0 when it has passed.
+int MsLeft(TZTDeadline deadline) {
+  if (deadline == ztNoDeadline) return -1;
+  auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+  if (left.count() <= 0) return 0;
+  // Rounded up, so that poll does not wake a moment before the deadline and spin.
+  return left.count() > 0x7FFFFFF ? 0x7FFFFFF : static_cast<int>(left.count()) + 1;
+}
+
+bool WaitUntil(int fd, short events, TZTDeadline deadline, std::string& error) {
   pollfd p{fd, events, 0};
   for (;;) {
-    int r = ::poll(&p, 1, timeoutMs);
+    int r = ::poll(&p, 1, MsLeft(deadline));
     if (r > 0) return true;
     if (r == 0) {
-      error = "timed out waiting on the connection";
+      if (deadline != ztNoDeadline && std::chrono::steady_clock::now() < deadline) continue;
+      error = kTimedOutText;
       return false;
     }
     if (errno != EINTR) {
@@ -62,6 +76,10 @@ bool WaitFor(int fd, short events, int timeoutMs, std::string& error) {
       return false;
     }
   }
+}
+
+bool WaitFor(int fd, short events, int timeoutMs, std::string& error) {
+  return WaitUntil(fd, events, timeoutMs < 0 ? ztNoDeadline : DeadlineIn(timeoutMs), error);
 }
 
 bool FillSockAddr(const std::string& path, sockaddr_un& addr, std::string& error) {
@@ -80,16 +98,18 @@ bool FillSockAddr(const std::string& path, sockaddr_un& addr, std::string& error
   return true;
 }
 
-// Writes the iovec array completely, coping with partial writes, EINTR and EAGAIN.
-bool WriteVec(int fd, iovec* iov, int count, std::string& error) {
+// Writes the iovec array completely, coping with partial writes, EINTR and EAGAIN. With a
+// deadline, a socket is written without blocking and waited on only until then.
+bool WriteVec(int fd, iovec* iov, int count, std::string& error, TZTDeadline deadline = ztNoDeadline) {
   bool notSocket = false;
+  const bool bounded = deadline != ztNoDeadline;
   while (count > 0) {
     ssize_t n;
     if (!notSocket) {
       msghdr msg{};
       msg.msg_iov = iov;
       msg.msg_iovlen = static_cast<std::size_t>(count);
-      n = ::sendmsg(fd, &msg, MSG_NOSIGNAL);
+      n = ::sendmsg(fd, &msg, MSG_NOSIGNAL | (bounded ? MSG_DONTWAIT : 0));
       if (n < 0 && errno == ENOTSOCK) {
         notSocket = true;
         continue;
@@ -100,7 +120,8 @@ bool WriteVec(int fd, iovec* iov, int count, std::string& error) {
     if (n < 0) {
       if (errno == EINTR) continue;
       if (errno == EAGAIN || errno == EWOULDBLOCK) {
-        if (!WaitFor(fd, POLLOUT, kWriteWaitMs, error)) return false;
+        if (!(bounded ? WaitUntil(fd, POLLOUT, deadline, error) : WaitFor(fd, POLLOUT, kWriteWaitMs, error)))
+          return false;
         continue;
       }
       error = "write failed: " + ErrnoText(errno);
@@ -250,6 +271,34 @@ int ConnectUnixSocket(const std::string& path, std::string& error) {
   return fd;
 }
 
+int ConnectUnixSocket(const std::string& path, TZTDeadline deadline, std::string& error) {
+  if (deadline == ztNoDeadline) return ConnectUnixSocket(path, error);
+  sockaddr_un addr;
+  if (!FillSockAddr(path, addr, error)) return -1;
+  const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  if (fd < 0) {
+    error = "cannot create a socket: " + ErrnoText(errno);
+    return -1;
+  }
+  for (auto pause = std::chrono::microseconds(200);;) {
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0) break;
+    const int err = errno;
+    if (err == EINTR) continue;
+    // A full backlog: the server lives but does not accept; try again until the deadline.
+    if (err == EAGAIN && std::chrono::steady_clock::now() + pause < deadline) {
+      std::this_thread::sleep_for(pause);
+      if (pause < std::chrono::milliseconds(20)) pause *= 2;
+      continue;
+    }
+    ::close(fd);
+    error = err == EAGAIN ? "cannot connect to " + path + ": " + kTimedOutText
+                          : "cannot connect to " + path + ": " + ErrnoText(err);
+    return -1;
+  }
+  ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
+  return fd;
+}
+
 int ConnectTcp(const std::string& host, uint16_t port, int timeoutMs, std::string& error) {
   addrinfo hints{};
   hints.ai_family = AF_UNSPEC;
@@ -332,10 +381,15 @@ bool WriteReplyNow(int fd, uint32_t reply, std::string& error) {
   }
 }
 
-bool ReadAll(int fd, void* data, std::size_t n, std::string& error) {
+namespace {
+
+// Reads exactly n bytes; with a deadline, nothing is read before poll says there is something, so
+// a blocking descriptor never blocks past it.
+bool ReadAllUntil(int fd, void* data, std::size_t n, TZTDeadline deadline, std::string& error) {
   char* p = static_cast<char*>(data);
   std::size_t got = 0;
   while (got < n) {
+    if (deadline != ztNoDeadline && !WaitUntil(fd, POLLIN, deadline, error)) return false;
     ssize_t r = ::read(fd, p + got, n - got);
     if (r > 0) {
       got += static_cast<std::size_t>(r);
@@ -347,13 +401,24 @@ bool ReadAll(int fd, void* data, std::size_t n, std::string& error) {
     }
     if (errno == EINTR) continue;
     if (errno == EAGAIN || errno == EWOULDBLOCK) {
-      if (!WaitFor(fd, POLLIN, -1, error)) return false;
+      if (!WaitUntil(fd, POLLIN, deadline, error)) return false;
       continue;
     }
     error = "read failed: " + ErrnoText(errno);
     return false;
   }
   return true;
+}
+
+}  // namespace
+
+TZTDeadline DeadlineIn(int timeoutMs) {
+  if (timeoutMs <= 0) return ztNoDeadline;
+  return std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+}
+
+bool ReadAll(int fd, void* data, std::size_t n, std::string& error) {
+  return ReadAllUntil(fd, data, n, ztNoDeadline, error);
 }
 
 bool ReadReply(int fd, uint32_t& reply, std::string& error) {
@@ -391,27 +456,61 @@ void AppendFrame(std::string& out, uint32_t tag, std::string_view payload) {
 }
 
 int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, std::string& error) {
-  if (payload.size() > ztMaxFrameSize) {
-    error = "frame of " + std::to_string(payload.size()) + " bytes exceeds the limit of " +
-            std::to_string(ztMaxFrameSize) + " bytes; not sent";
-    return 0;
-  }
+  return SendFrameAndWaitReply(fd, tag, payload, ztNoDeadline, error);
+}
+
+namespace {
+
+// Writes one frame and reads the raw 32-bit answer: 0 with the answer in reply, -1 on a failure,
+// ztTimedOut when the deadline passed.
+int Exchange(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline, uint32_t& reply,
+             std::string& error) {
   unsigned char header[ztFrameHeaderSize];
   PutBE32(header, tag);
   PutBE32(header + 4, static_cast<uint32_t>(payload.size()));
   iovec iov[2] = {{header, sizeof header},
                   {const_cast<char*>(payload.data()), payload.size()}};
-  if (!WriteVec(fd, iov, payload.empty() ? 1 : 2, error)) return -1;
-  uint32_t reply = 0;
-  if (!ReadReply(fd, reply, error)) {
+  if (!WriteVec(fd, iov, payload.empty() ? 1 : 2, error, deadline)) return error == kTimedOutText ? ztTimedOut : -1;
+  unsigned char buf[4];
+  if (!ReadAllUntil(fd, buf, sizeof buf, deadline, error)) {
+    if (error == kTimedOutText) return ztTimedOut;
     if (error == "connection closed") error = "connection closed before the reply";
     return -1;
   }
+  reply = GetBE32(buf);
+  return 0;
+}
+
+std::string TooLarge(std::size_t size) {
+  return "frame of " + std::to_string(size) + " bytes exceeds the limit of " + std::to_string(ztMaxFrameSize) +
+         " bytes; not sent";
+}
+
+}  // namespace
+
+int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline,
+                          std::string& error) {
+  if (payload.size() > ztMaxFrameSize) {
+    error = TooLarge(payload.size());
+    return 0;
+  }
+  uint32_t reply = 0;
+  if (int r = Exchange(fd, tag, payload, deadline, reply, error); r < 0) return r;
   if (reply > 1) {
     error = "unexpected reply " + std::to_string(reply);
     return -1;
   }
   return static_cast<int>(reply);
+}
+
+int64_t SendBatchAndWaitCount(int fd, std::string_view batch, TZTDeadline deadline, std::string& error) {
+  if (batch.size() > ztMaxFrameSize) {
+    error = TooLarge(batch.size());
+    return 0;
+  }
+  uint32_t reply = 0;
+  if (int r = Exchange(fd, ztBatchTag, batch, deadline, reply, error); r < 0) return r;
+  return reply;
 }
 
 void TZTFrameDecoder::Feed(const char* data, std::size_t n) {
@@ -474,6 +573,39 @@ void TZTFrameDecoder::Reset() {
   FStart = 0;
   FFailed = false;
 }
+
+TZTBatchReader::TZTBatchReader(std::string_view payload, std::size_t offset)
+    : FPayload(payload), FOffset(offset > payload.size() ? payload.size() : offset) {}
+
+TZTBatchReader::TStep TZTBatchReader::Next(uint32_t& tag, std::string_view& bytes) {
+  if (!FError.empty()) return TStep::Malformed;
+  const std::size_t left = FPayload.size() - FOffset;
+  if (left == 0) return TStep::End;
+  if (left < ztFrameHeaderSize) {
+    FError = "batch record header cut off after " + std::to_string(left) + " bytes";
+    return TStep::Malformed;
+  }
+  const auto* p = reinterpret_cast<const unsigned char*>(FPayload.data() + FOffset);
+  const uint32_t recordTag = GetBE32(p);
+  const uint32_t length = GetBE32(p + 4);
+  // Only the two packet tags: a batch inside a batch, or anything else, is not a record.
+  if (recordTag != ztPacketTag && recordTag != ztCompressedPacketTag) {
+    char buf[16];
+    std::snprintf(buf, sizeof buf, "%08X", recordTag);
+    FError = std::string("batch record with tag $") + buf + ", which is not a packet's";
+    return TStep::Malformed;
+  }
+  if (length > left - ztFrameHeaderSize) {
+    FError = "batch record of " + std::to_string(length) + " bytes runs past the end of the batch";
+    return TStep::Malformed;
+  }
+  tag = recordTag;
+  bytes = FPayload.substr(FOffset + ztFrameHeaderSize, length);
+  FOffset += ztFrameHeaderSize + length;
+  return TStep::Record;
+}
+
+void AppendBatchRecord(std::string& batch, uint32_t tag, std::string_view bytes) { AppendFrame(batch, tag, bytes); }
 
 bool PeerIsSameUser(int fd) {
   ucred cred{};

@@ -4,6 +4,7 @@
 // big-endian 32-bit reply (1 taken, 0 refused). The same framing runs over TCP to a dispatcher.
 // Qt-free, so the logging client, the dispatcher and the tools can use it as well as the viewer.
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -27,8 +28,18 @@ inline constexpr uint32_t ztMaxFrameSize = 64u * 1024 * 1024;
 inline constexpr uint16_t ztDispatcherTcpPort = 3434;
 inline constexpr std::size_t ztFrameHeaderSize = 8;
 
+// The moment a bounded call gives up. TZTDeadline::max() is no limit.
+using TZTDeadline = std::chrono::steady_clock::time_point;
+inline constexpr TZTDeadline ztNoDeadline = TZTDeadline::max();
+// A deadline timeoutMs from now; 0 or less gives no limit.
+TZTDeadline DeadlineIn(int timeoutMs);
+// What a call bounded by a deadline returns when the deadline passed first.
+inline constexpr int ztTimedOut = -2;
+
 // Blocking client side (used by the logging client, zentrail-send, benchmarks, tests):
 int ConnectUnixSocket(const std::string& path, std::string& error);  // -1 on failure, CLOEXEC
+// The same, given up at the deadline (a server that is stopped can leave its backlog full).
+int ConnectUnixSocket(const std::string& path, TZTDeadline deadline, std::string& error);
 // Connects within timeoutMs (0 or less: no limit) and returns a blocking socket with TCP_NODELAY.
 int ConnectTcp(const std::string& host, uint16_t port, int timeoutMs, std::string& error);
 
@@ -38,6 +49,10 @@ int ConnectTcp(const std::string& host, uint16_t port, int timeoutMs, std::strin
 // at all: the receiver would refuse it, so the call answers 0 itself and the connection stays
 // usable. A reply other than 0 or 1 is a protocol failure (-1).
 int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, std::string& error);
+// The same, bounded: ztTimedOut when the frame could not be written or the reply did not come
+// before the deadline. The connection is then in the middle of an exchange and must be closed.
+int SendFrameAndWaitReply(int fd, uint32_t tag, std::string_view payload, TZTDeadline deadline,
+                          std::string& error);
 bool WriteAll(int fd, const void* data, std::size_t n, std::string& error);
 bool WriteReply(int fd, uint32_t reply, std::string& error);
 // The same without ever waiting: a server must not stall on a client that sends frames without
@@ -75,6 +90,42 @@ class TZTFrameDecoder {
   std::size_t FStart = 0;  // first byte not yet popped
   bool FFailed = false;
 };
+
+// Batch frame: tag "ZTB1"; its payload is records one after another, each a 32-bit tag (a packet
+// tag, 0x7F000004 or 0x7F000005), a 32-bit length and that many bytes, both integers big-endian.
+// The receiver takes each record as if it had come in a frame of its own and answers once with the
+// number of records taken. A malformed record ends the batch: the answer counts the records
+// before it, and the connection is closed.
+inline constexpr uint32_t ztBatchTag = 0x5A544231;
+
+// Walks the records of a batch payload without copying. Pure: no I/O, no allocation per record.
+class TZTBatchReader {
+ public:
+  enum class TStep { Record, End, Malformed };
+  // Starts at offset, a value that Offset() returned before (0 for the first record).
+  explicit TZTBatchReader(std::string_view payload, std::size_t offset = 0);
+  // Record: tag and bytes (a view into the payload) of the next record. End: nothing is left.
+  // Malformed: a cut-off header, a length that runs past the end, or a tag that is not a packet's;
+  // the reader stays there and Error() says why.
+  TStep Next(uint32_t& tag, std::string_view& bytes);
+  // Where the next record begins.
+  std::size_t Offset() const { return FOffset; }
+  const std::string& Error() const { return FError; }
+
+ private:
+  std::string_view FPayload;
+  std::size_t FOffset;
+  std::string FError;
+};
+
+// Sends a batch frame and waits for its answer: the number of records taken, 0 for a batch above
+// ztMaxFrameSize (not sent), -1 on a transport failure, ztTimedOut when the deadline passed. When
+// the answer is short of the records sent, the receiver has closed the connection if a record was
+// malformed.
+int64_t SendBatchAndWaitCount(int fd, std::string_view batch, TZTDeadline deadline, std::string& error);
+
+// Appends one record to a batch payload.
+void AppendBatchRecord(std::string& batch, uint32_t tag, std::string_view bytes);
 
 bool PeerIsSameUser(int fd);  // SO_PEERCRED uid == geteuid()
 

@@ -7,70 +7,11 @@
 #include <fstream>
 #include <thread>
 
-#include "../logging/ZentrailTestServers.h"
-#include "TestEnvironment.h"
-#include "ZentrailLogging.h"
+#include "DispatcherFixture.h"
 
 using namespace zentrail;
 using namespace zentrail::test;
 namespace fs = std::filesystem;
-
-namespace {
-
-std::string Program() { return BinaryPath("src/dispatcher/zentrail-dispatcher"); }
-
-struct DispatcherTest : ::testing::Test {
-  TChildProcess dispatcher;
-  std::string socket, viewerSocket;
-  fs::path dir;
-
-  void SetUp() override {
-    std::string error;
-    socket = DispatcherSocketPath(error);
-    viewerSocket = ViewerSocketPath(error);
-    ASSERT_FALSE(socket.empty()) << error;
-    dir = MakeTempDir("dispatch");
-    // No test may start a dispatcher by accident: the client finds none unless a test says so.
-    RegisterDispatcher("/nonexistent/zentrail-dispatcher");
-  }
-  void TearDown() override { dispatcher.Kill(); }
-
-  void StartDispatcher(const std::vector<std::string>& args = {}, const std::vector<std::string>& env = {}) {
-    ASSERT_TRUE(dispatcher.Start(Program(), args, env));
-    ASSERT_TRUE(WaitUntil([&] { return SocketAnswers(socket); })) << "dispatcher did not come up";
-  }
-  // A frame straight on a socket; the reply, or -1.
-  static int RawSend(int fd, uint32_t tag, std::string_view payload) {
-    std::string error;
-    return SendFrameAndWaitReply(fd, tag, payload, error);
-  }
-  static std::string Open(const std::string& route, const std::string& destination) {
-    TZentrailMessage m;
-    m.MsgType = ztmOpenRoute;
-    m.RouteKey = route;
-    m.MsgText = destination;
-    return m.GetAsTransportPacket();
-  }
-  static std::string Text(const std::string& route, const std::string& text) {
-    TZentrailMessage m;
-    m.RouteKey = route;
-    m.MsgText = text;
-    return m.GetAsTransportPacket();
-  }
-};
-
-int ReadPortFile() {
-  std::string error;
-  std::string path = GetRuntimeFolder(error) + "/dispatcher-tcp-port";
-  int port = 0;
-  WaitUntil([&] {
-    std::ifstream in(path);
-    return static_cast<bool>(in >> port);
-  });
-  return port;
-}
-
-}  // namespace
 
 TEST_F(DispatcherTest, MessagesReachTheFileFieldForFieldAndTheViewerAlike) {
   TFakeFrameServer viewer(viewerSocket);
@@ -175,10 +116,9 @@ TEST_F(DispatcherTest, ClientStartsTheDispatcherFromRegistryOrBesideOrPath) {
     setenv("PATH", savedPath.c_str(), 1);
     pid_t pid = SocketServerPid(socket);
     ASSERT_GT(pid, 0);
-    dispatcher.Adopt(pid);  // a child of this process: reaped by the fixture
     log.SetDestination(nullptr);
     log.UseZentrailManagerConnection();
-    EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+    EndForeignDispatcher(pid, socket);
     auto messages = ReadLog(path);
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].MsgText, "started on demand");

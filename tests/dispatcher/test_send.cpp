@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "../logging/ZentrailTestServers.h"
+#include "DispatcherFixture.h"
 #include "TestEnvironment.h"
 
 using namespace zentrail;
@@ -73,6 +73,38 @@ TEST_F(SendTest, SendsOneMessageOrEachLineAndSaysWhetherItWasTaken) {
   }
 }
 
+TEST_F(SendTest, StampIsTheSystemClockInTheStoresDayCount) {
+  StartDispatcher();
+  std::string log = (dir / "stamp.ztl").string();
+  // The expected day comes from the C library's calendar and the one fixed point of the format,
+  // 1 January 2000 = day 730,120, so that no constant of the client takes part.
+  auto expected = [] {
+    time_t now = time(nullptr);
+    tm local{};
+    localtime_r(&now, &local);
+    tm day{};
+    day.tm_year = local.tm_year;
+    day.tm_mon = local.tm_mon;
+    day.tm_mday = local.tm_mday;
+    tm y2k{};
+    y2k.tm_year = 100;
+    y2k.tm_mday = 1;
+    int64_t ms = (local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec) * 1000LL;
+    return std::pair<int64_t, int64_t>(730120 + (timegm(&day) - timegm(&y2k)) / 86400, ms);
+  };
+  auto before = expected();
+  EXPECT_EQ(Send("--dest 'File[Path=" + log + "]' 'what day is it'"), 0);
+  auto after = expected();
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+  auto messages = ReadLog(log);
+  ASSERT_EQ(messages.size(), 1u);
+  const TZentrailTimeStamp& t = messages[0].TimeStamp;
+  int64_t stamp = t.Date * 86400000LL + t.Time;
+  // Whole seconds from the C library against milliseconds in the stamp.
+  EXPECT_GE(stamp, before.first * 86400000LL + before.second) << "date " << t.Date << " time " << t.Time;
+  EXPECT_LE(stamp, after.first * 86400000LL + after.second + 1000) << "date " << t.Date << " time " << t.Time;
+}
+
 TEST_F(SendTest, SendsOverTcpWhenAsked) {
   std::string error;
   fs::path portFile = fs::path(GetRuntimeFolder(error)) / "dispatcher-tcp-port";
@@ -111,4 +143,51 @@ TEST_F(SendTest, ReportsFailuresAndWrongArguments) {
   EXPECT_EQ(Send("--dest 'Printer[a=b]' 'x'", "", &out), 2);
   EXPECT_NE(out.find("Invalid Destination Type -- Printer is not recognized"), std::string::npos) << out;
   EXPECT_EQ(Send("--details-file /nonexistent/file 'x'", "", &out), 2);
+}
+
+namespace {
+
+// Writes lines "line FIRST" up to "line LAST - 1" into the pipe.
+void WriteLines(int fd, int first, int last) {
+  std::string text;
+  for (int i = first; i < last; ++i) text += "line " + std::to_string(i) + "\n";
+  ASSERT_EQ(write(fd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+}
+
+}  // namespace
+
+TEST_F(SendTest, LinesReportWhereTheyStoppedAndRetryWaitsForTheDispatcher) {
+  for (bool retry : {false, true}) {
+    SCOPED_TRACE(retry ? "with --retry" : "without --retry");
+    StartDispatcher();
+    std::string log = (dir / (retry ? "retry.ztl" : "stop.ztl")).string();
+    fs::path out = dir / "lines.txt";
+    int pipeFds[2];
+    ASSERT_EQ(pipe2(pipeFds, O_CLOEXEC), 0);
+    TChildProcess sender;
+    std::vector<std::string> args{"--lines", "--dest", "File[Path=" + log + "]"};
+    if (retry) args.insert(args.end(), {"--retry", "30"});
+    StartSender(sender, args, pipeFds[0], out);
+    close(pipeFds[0]);
+    // The sender has taken exactly these lines, and waits for more, when the dispatcher dies.
+    WriteLines(pipeFds[1], 0, 1000);
+    ASSERT_TRUE(WaitUntil([&] { return ReadLog(log).size() == 1000; }, 10000));
+    dispatcher.Signal(SIGKILL);
+    WriteLines(pipeFds[1], 1000, 2000);
+    if (retry) StartDispatcher();
+    close(pipeFds[1]);
+    int status = sender.Wait(20000);
+    std::string said = ReadFile(out);
+    if (retry) {
+      EXPECT_EQ(status, 0) << said;
+      EXPECT_NE(said.find("line 1001 was not taken; trying again"), std::string::npos) << said;
+      EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+    } else {
+      EXPECT_EQ(status, 1) << said;
+      EXPECT_NE(said.find("1000 lines taken; first line not taken: line 1001: line 1000\n"), std::string::npos) << said;
+    }
+    auto messages = ReadLog(log);
+    ASSERT_EQ(messages.size(), retry ? 2000u : 1000u);
+    for (std::size_t i = 0; i < messages.size(); ++i) ASSERT_EQ(messages[i].MsgText, "line " + std::to_string(i));
+  }
 }

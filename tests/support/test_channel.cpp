@@ -444,3 +444,71 @@ TEST(Channel, ImmediateRepliesNeverWaitOnAClientThatReadsNone) {
   EXPECT_FALSE(zentrail::WriteReplyNow(fds[0], 0, error));  // a closed peer raises no SIGPIPE
   ::close(fds[0]);
 }
+
+TEST(Channel, BatchRecordsAreReadInOrderAndAMalformedOneStopsTheReader) {
+  // Written by hand, byte for byte: two records, then one whose length runs past the end.
+  std::string batch = Bytes({0x7F, 0, 0, 4, 0, 0, 0, 2, 'h', 'i', 0x7F, 0, 0, 5, 0, 0, 0, 0,
+                             0x7F, 0, 0, 4, 0, 0, 0, 9, 'x'});
+  TZTBatchReader reader(batch);
+  uint32_t tag = 0;
+  std::string_view bytes;
+  ASSERT_EQ(reader.Next(tag, bytes), TZTBatchReader::TStep::Record);
+  EXPECT_EQ(tag, 0x7F000004u);
+  EXPECT_EQ(bytes, "hi");
+  ASSERT_EQ(reader.Next(tag, bytes), TZTBatchReader::TStep::Record);
+  EXPECT_EQ(tag, 0x7F000005u);
+  EXPECT_EQ(bytes, "");
+  const std::size_t beforeBad = reader.Offset();
+  EXPECT_EQ(beforeBad, 18u);
+  EXPECT_EQ(reader.Next(tag, bytes), TZTBatchReader::TStep::Malformed);
+  EXPECT_NE(reader.Error().find("runs past the end"), std::string::npos) << reader.Error();
+  EXPECT_EQ(reader.Next(tag, bytes), TZTBatchReader::TStep::Malformed) << "it stays stopped";
+  EXPECT_EQ(reader.Offset(), beforeBad);
+
+  // A batch inside a batch, or any tag but a packet's, is malformed; so is a cut-off header.
+  EXPECT_EQ(TZTBatchReader(Bytes({0x5A, 0x54, 0x42, 0x31, 0, 0, 0, 0})).Next(tag, bytes),
+            TZTBatchReader::TStep::Malformed);
+  EXPECT_EQ(TZTBatchReader(Bytes({0x7F, 0, 0, 4, 0, 0})).Next(tag, bytes), TZTBatchReader::TStep::Malformed);
+  EXPECT_EQ(TZTBatchReader("").Next(tag, bytes), TZTBatchReader::TStep::End);
+
+  // The writer's bytes are the same as the hand-made ones, and reading resumes at an offset.
+  std::string written;
+  AppendBatchRecord(written, ztPacketTag, "hi");
+  AppendBatchRecord(written, ztCompressedPacketTag, "");
+  EXPECT_EQ(written, batch.substr(0, beforeBad));
+  TZTBatchReader resumed(written, 10);
+  ASSERT_EQ(resumed.Next(tag, bytes), TZTBatchReader::TStep::Record);
+  EXPECT_EQ(tag, ztCompressedPacketTag);
+  EXPECT_EQ(resumed.Next(tag, bytes), TZTBatchReader::TStep::End);
+}
+
+TEST(Channel, BoundedSendGivesUpOnAPeerThatNeitherReadsNorAnswers) {
+  int pair[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair), 0);
+  std::string error;
+  // The peer reads the frame but never answers.
+  std::thread reader([&] {
+    uint32_t tag;
+    std::string payload, e;
+    ReadFrame(pair[1], tag, payload, e);
+  });
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "unanswered", DeadlineIn(50), error), ztTimedOut);
+  reader.join();
+  // The peer reads nothing at all, and the frame is larger than the socket's buffers.
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, std::string(8 << 20, 'x'), DeadlineIn(50), error), ztTimedOut);
+  close(pair[0]);
+  close(pair[1]);
+
+  // An answer in time is an answer; no deadline waits as long as it takes.
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair), 0);
+  std::thread answering([&] {
+    uint32_t tag;
+    std::string payload, e;
+    for (int i = 0; i < 2 && ReadFrame(pair[1], tag, payload, e); ++i) WriteReply(pair[1], 1, e);
+  });
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "answered", DeadlineIn(5000), error), 1) << error;
+  EXPECT_EQ(SendFrameAndWaitReply(pair[0], ztPacketTag, "answered", ztNoDeadline, error), 1) << error;
+  answering.join();
+  close(pair[0]);
+  close(pair[1]);
+}

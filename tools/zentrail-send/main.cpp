@@ -1,5 +1,7 @@
 // zentrail-send: sends a message to the Zentrail viewer (or any destination) from a shell.
+#include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -7,6 +9,7 @@
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <thread>
 
 #include "ZentrailLogging.h"
 
@@ -24,9 +27,14 @@ void Usage(FILE* out) {
       "  --details-file F   the file's contents become the message's details\n"
       "  --dest TEXT        destination, e.g. 'Viewer' or 'File[Path=/tmp/app.ztl]' (default Viewer)\n"
       "  --tcp HOST[:PORT]  send to a dispatcher over TCP instead of the local one\n"
+      "  --retry SECONDS    when a message is not taken, try it again for up to SECONDS (for a\n"
+      "                     dispatcher that is being restarted) before giving up\n"
       "  --help             this text\n"
       "\n"
-      "Exit status: 0 when every message was taken, 1 when one was not, 2 for wrong arguments.\n",
+      "Each message waits at most ZENTRAIL_TIMEOUT_MS milliseconds (default 5000) for its answer.\n"
+      "Exit status: 0 when every message was taken, 1 when one was not, 2 for wrong arguments.\n"
+      "With --lines, a failure names how many lines were taken and the first line that was not,\n"
+      "so that `tail -n +N` can resume; that line may still have reached the log if it timed out.\n",
       out);
 }
 
@@ -67,6 +75,7 @@ int main(int argc, char** argv) {
   int32_t type = ztmInfo;
   std::string category, app = "zentrail-send", detailsFile, dest, tcp, text;
   bool lines = false, haveText = false;
+  double retrySeconds = 0;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
     auto value = [&]() -> std::string {
@@ -95,6 +104,14 @@ int main(int argc, char** argv) {
       dest = value();
     } else if (arg == "--tcp") {
       tcp = value();
+    } else if (arg == "--retry") {
+      std::string v = value();
+      char* end = nullptr;
+      retrySeconds = std::strtod(v.c_str(), &end);
+      if (v.empty() || !end || *end || !(retrySeconds >= 0) || retrySeconds > 1e6) {
+        std::fprintf(stderr, "zentrail-send: not a number of seconds: %s\n", v.c_str());
+        return 2;
+      }
     } else if (arg == "--lines") {
       lines = true;
     } else if (arg == "--") {
@@ -162,22 +179,43 @@ int main(int argc, char** argv) {
     log.ConnectUsingTcp(host, port);
   }
 
-  auto sendOne = [&](const std::string& t) {
-    if (!log.Enabled()) return false;
-    // Details of a plain text message are never shown; as a text file they get the Text inspector.
-    return log.InternalSend(type, details.empty() ? ztmText : ztmTextFile, {}, details, t) != 0;
+  // A failure switches the logger off; a retry switches it on again for the next attempt.
+  // Details of a plain text message are never shown; as a text file they get the Text inspector.
+  const int32_t content = details.empty() ? ztmText : ztmTextFile;
+  auto sendOne = [&](const std::string& t, unsigned long lineNumber) {
+    if (log.Enabled() && log.InternalSend(type, content, {}, details, t) != 0) return true;
+    if (retrySeconds <= 0) return false;
+    using Clock = std::chrono::steady_clock;
+    const auto giveUp = Clock::now() + std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(retrySeconds));
+    if (lineNumber > 0)
+      std::fprintf(stderr, "zentrail-send: line %lu was not taken; trying again for up to %g s\n", lineNumber, retrySeconds);
+    else
+      std::fprintf(stderr, "zentrail-send: the message was not taken; trying again for up to %g s\n", retrySeconds);
+    auto pause = std::chrono::milliseconds(50);
+    while (Clock::now() < giveUp) {
+      std::this_thread::sleep_for(std::min<Clock::duration>(pause, giveUp - Clock::now()));
+      pause = std::min(pause * 2, std::chrono::milliseconds(1000));
+      log.SetEnabled(true);
+      if (log.InternalSend(type, content, {}, details, t) != 0) return true;
+    }
+    return false;
   };
   int status = 0;
   if (lines) {
     std::string line;
+    unsigned long taken = 0;
     while (std::getline(std::cin, line)) {
       if (!line.empty() && line.back() == '\r') line.pop_back();
-      if (!sendOne(line)) {
+      if (!sendOne(line, taken + 1)) {
         status = 1;
+        // Fixed wording, so that a script can read where to resume.
+        std::fprintf(stderr, "zentrail-send: %lu lines taken; first line not taken: line %lu: %s\n", taken,
+                     taken + 1, line.c_str());
         break;
       }
+      ++taken;
     }
-  } else if (!sendOne(text)) {
+  } else if (!sendOne(text, 0)) {
     status = 1;
   }
   if (status != 0) std::fprintf(stderr, "zentrail-send: the message was not taken (is a dispatcher available?)\n");
