@@ -94,20 +94,22 @@ std::size_t TQueuedSink::QueuedBytes() const {
 }
 
 void TQueuedSink::Run() {
-  // A batch is bounded in bytes too, so that one request never carries the whole queue.
-  constexpr std::size_t kBatchBytes = 4u * 1024 * 1024;
+  const std::size_t batchBytes = BatchBytes();
   std::vector<TPacket> batch;
   for (;;) {
     batch.clear();
-    std::size_t bytes = 0;
+    std::size_t bytes = 0, framed = 0;
     {
       std::unique_lock lock(FLock);
       FCv.wait(lock, [&] { return !FQueue.empty() || FStopping.load(); });
       if (FQueue.empty() || FAbandon.load()) break;
       for (const TPacket& p : FQueue) {
-        if (batch.size() >= BatchLimit() || (!batch.empty() && bytes + p->size() > kBatchBytes)) break;
+        // Counted as the batch frame carries it, each record with its header.
+        const std::size_t size = p->size() + ztFrameHeaderSize;
+        if (batch.size() >= BatchLimit() || (!batch.empty() && framed + size > batchBytes)) break;
         batch.push_back(p);
         bytes += p->size();
+        framed += size;
       }
     }
     // The packets stay queued, and counted against the bound, until they are delivered.
@@ -153,14 +155,31 @@ TViewerSink::TViewerSink(int wakeFd, std::string socketPath) : TQueuedSink(wakeF
 
 TViewerSink::~TViewerSink() { Stop(0); }
 
-void TViewerSink::Deliver(const std::string& packet) {
+void TViewerSink::Deliver(const std::string& packet) { Forward(ztPacketTag, packet); }
+
+void TViewerSink::DeliverBatch(const std::vector<TPacket>& packets) {
+  if (packets.size() == 1) {
+    Forward(ztPacketTag, *packets.front());
+    return;
+  }
+  FBatch.clear();
+  for (const TPacket& p : packets) AppendBatchRecord(FBatch, ztPacketTag, *p);
+  Forward(ztBatchTag, FBatch);
+  // A flood once in a while must not keep its largest batch for the rest of the run.
+  if (FBatch.capacity() > 2 * kBatchBytes) std::string().swap(FBatch);
+}
+
+void TViewerSink::Forward(uint32_t tag, std::string_view payload) {
   std::string error;
   for (int attempt = 0; attempt < 2 && !Abandoned(); ++attempt) {
     if (FFd < 0) {
       FFd = ConnectUnixSocket(FPath, error);
-      if (FFd < 0) return;  // no viewer runs: the message is dropped
+      if (FFd < 0) return;  // no viewer runs: the messages are dropped
     }
-    int result = SendFrameAndWaitReply(FFd, ztPacketTag, packet, DeadlineIn(kViewerAnswerMs), error);
+    // A batch answers how many records the viewer took; what it refused it refused for good
+    // (messages blocked, a packet it cannot read), as with a single frame answered 0.
+    int64_t result = tag == ztBatchTag ? SendBatchAndWaitCount(FFd, payload, DeadlineIn(kViewerAnswerMs), error)
+                                       : SendFrameAndWaitReply(FFd, tag, payload, DeadlineIn(kViewerAnswerMs), error);
     if (result >= 0) return;
     if (result == ztTimedOut) {
       close(FFd.exchange(-1));

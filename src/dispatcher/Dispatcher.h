@@ -55,6 +55,8 @@ class TQueuedSink : public TSink {
   // A destination that gains from batches takes up to BatchLimit() packets at once, as many as are
   // queued at that moment; by default one at a time through Deliver.
   virtual std::size_t BatchLimit() const { return 1; }
+  // A batch is bounded in bytes too, so that one request never carries the whole queue.
+  virtual std::size_t BatchBytes() const { return 4u * 1024 * 1024; }
   virtual void DeliverBatch(const std::vector<TPacket>& packets) {
     for (const TPacket& p : packets) Deliver(*p);
   }
@@ -81,20 +83,30 @@ class TQueuedSink : public TSink {
 };
 
 // Forwards to the viewer's socket; drops messages while no viewer runs and finds one that
-// starts later.
+// starts later. What has queued up while the viewer answered the last request goes in one batch
+// frame, never waiting for more: a lone message leaves at once, a flood in large batches.
 class TViewerSink : public TQueuedSink {
  public:
   TViewerSink(int wakeFd, std::string socketPath);
   ~TViewerSink() override;
+  static constexpr std::size_t kBatchRecords = 4096;
+  static constexpr std::size_t kBatchBytes = 1024u * 1024;
 
  protected:
   void Deliver(const std::string& packet) override;
+  std::size_t BatchLimit() const override { return kBatchRecords; }
+  std::size_t BatchBytes() const override { return kBatchBytes; }
+  void DeliverBatch(const std::vector<TPacket>& packets) override;
   void Finish() override;
   void Interrupt() override;
 
  private:
+  // Sends one frame (a packet or a batch) on the connection, once more on a fresh one when the
+  // viewer went away or was replaced.
+  void Forward(uint32_t tag, std::string_view payload);
   std::string FPath;
   std::atomic<int> FFd{-1};
+  std::string FBatch;
 };
 
 // Forwards to a remote dispatcher over TCP, on a route of its own.

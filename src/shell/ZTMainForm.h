@@ -544,6 +544,14 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QMenu* mnuMessageList = nullptr;
   std::map<QString, QAction*> FActions;
   std::unique_ptr<TZTImageList> FScratchPadImages;
+
+  // ---- Throughput: the records of a batch frame go to the views inside one bracket
+ public:
+  void BeginCopyDataBatch() override;
+  void EndCopyDataBatch() override;
+
+ private:
+  bool FInCopyDataBatch = false;
 };
 
 }  // namespace zentrail

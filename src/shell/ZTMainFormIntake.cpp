@@ -73,7 +73,8 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
   }
 
   ParseTransportPacket(packet, FPacket);
-  NoteLiveFrame();
+  // A batch has its bracket already; a lone frame finds out whether it is part of a burst.
+  if (!FInCopyDataBatch) NoteLiveFrame();
   switch (FPacket.MsgType) {
     case ztmSeparator: {
       TZentrailMessage message;
@@ -99,6 +100,16 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
       break;
   }
   return 1;
+}
+
+void TFrmViewer::BeginCopyDataBatch() {
+  FInCopyDataBatch = true;
+  BeginMessageBatch();
+}
+
+void TFrmViewer::EndCopyDataBatch() {
+  FInCopyDataBatch = false;
+  EndMessageBatch();
 }
 
 void TFrmViewer::CopyDataFailed(const std::string& text) {

@@ -1,0 +1,226 @@
+// Throughput past one round trip per message, measured against a running zentrail-viewer that has
+// five filtered views open besides "All Messages" (offscreen, in a temporary folder standing in for
+// home and the runtime folder).
+//
+// viewer_batch_intake_rate: batch frames of 4,096 typical messages written straight to the viewer's
+// socket, each waiting for its count, as the dispatcher forwards them.
+// intake_rate_5views: the same messages from one synchronous client, one frame and reply each.
+// e2e_async_rate: one client process, four threads sending through the asynchronous client and
+// the dispatcher into the same viewer, from the first call until the viewer has taken the last
+// message; e2e_async_ratio is that over intake_rate_5views, both measured in this run.
+//
+// "bench_throughput quick" divides the sizes by ten.
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ZTChannel.h"
+#include "ZentrailLogging.h"
+
+extern char** environ;
+
+using namespace zentrail;
+using Clock = std::chrono::steady_clock;
+namespace fs = std::filesystem;
+
+namespace {
+
+int kBatchMessages = 2000000;
+int kSyncMessages = 200000;
+int kAsyncMessages = 2000000;
+
+[[noreturn]] void Fail(const std::string& what) {
+  std::fprintf(stderr, "bench_throughput: %s\n", what.c_str());
+  std::exit(1);
+}
+
+double Seconds(Clock::time_point since) { return std::chrono::duration<double>(Clock::now() - since).count(); }
+
+const char* const kApps[] = {"OrderService", "Billing", "Shipping", "Inventory", "Gateway"};
+
+// A few hundred typical messages of five applications and twenty threads: short texts with
+// numbers, method pairs, the odd warning.
+std::vector<TZentrailMessage> Traffic() {
+  std::vector<TZentrailMessage> out;
+  for (int i = 0; i < 600; ++i) {
+    TZentrailMessage m;
+    const int kind = i % 10;
+    m.MsgType = kind == 0 ? ztmEnterMethod : kind == 5 ? ztmExitMethod : kind == 7 ? ztmWarning : ztmInfo;
+    m.MsgContent = ztmText;
+    m.MsgText = kind == 0 || kind == 5 ? "TOrderProcessor.ValidateLine"
+                                      : "Processed order line " + std::to_string(i * 37) + ", total 1234.56 EUR";
+    m.TimeStamp = {36000000 + i * 3, ztDateOf2000 + 9000};
+    m.AppName = kApps[i % 5];
+    m.ProcessID = 31000 + static_cast<uint32_t>(i % 5);
+    m.ThreadName = "worker-" + std::to_string((i / 5) % 20);
+    m.ComputerName = "build-host";
+    m.Category = i % 3 == 0 ? "Database" : i % 3 == 1 ? "Network" : "";
+    out.push_back(m);
+  }
+  return out;
+}
+
+// Five filters of the kinds users make: an application, a thread, a process, warnings, a category.
+const char* const kViews[] = {
+    "CheckAppName=1\nAppName=OrderService\n",
+    "CheckThreadName=1\nThreadName=worker-3\n",
+    "CheckProcessID=1\nProcessID=31002\n",
+    "CheckMsgTypes=1\nMsgTypeSet=01000000000000000000000000000000000000000000000\n"
+    "MsgContentSet=00000000000000000000000000000000000000000000000\n",
+    "CheckCategory=1\nCategory=Database\n",
+};
+
+struct TViewer {
+  pid_t Pid = 0;
+  std::string Socket;
+};
+
+void Isolate(const fs::path& root) {
+  for (const char* sub : {"home", "config", "data", "cache", "runtime", "xdg-runtime"}) fs::create_directories(root / sub);
+  fs::permissions(root / "runtime", fs::perms::owner_all, fs::perm_options::replace);
+  fs::permissions(root / "xdg-runtime", fs::perms::owner_all, fs::perm_options::replace);
+  setenv("HOME", (root / "home").c_str(), 1);
+  setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
+  setenv("XDG_DATA_HOME", (root / "data").c_str(), 1);
+  setenv("XDG_CACHE_HOME", (root / "cache").c_str(), 1);
+  setenv("XDG_RUNTIME_DIR", (root / "xdg-runtime").c_str(), 1);
+  setenv("ZENTRAIL_RUNTIME_DIR", (root / "runtime").c_str(), 1);
+  setenv("ZENTRAIL_REGISTRY", (root / "registry.ini").c_str(), 1);
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  std::ofstream registry(root / "registry.ini");
+  registry << "[Software\\Orvan\\Zentrail\\5.0]\nDispatcher=" << ZENTRAIL_DISPATCHER_PATH << "\n";
+}
+
+void WaitForSocket(const std::string& path, const char* who) {
+  const auto deadline = Clock::now() + std::chrono::seconds(30);
+  std::string error;
+  for (;;) {
+    const int fd = ConnectUnixSocket(path, error);
+    if (fd >= 0) {
+      ::close(fd);
+      return;
+    }
+    if (Clock::now() > deadline) Fail(std::string(who) + " did not answer within 30 s");
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  }
+}
+
+pid_t Spawn(const char* program) {
+  pid_t pid = 0;
+  char* argv[] = {const_cast<char*>(program), nullptr};
+  if (::posix_spawn(&pid, program, nullptr, nullptr, argv, environ) != 0) Fail(std::string("cannot start ") + program);
+  return pid;
+}
+
+TViewer StartViewer(const fs::path& root) {
+  const fs::path project = root / "five.ztp";
+  std::ofstream out(project);
+  out << "[Views]\nViewCount=5\n";
+  for (int i = 1; i <= 5; ++i) out << i << "_ViewName=V" << i << "\n" << i << "_ViewClass=Default\n";
+  for (int i = 1; i <= 5; ++i) out << "[" << i << "_V" << i << "]\n" << kViews[i - 1];
+  out.close();
+  const fs::path settings = root / "data" / "Orvan" / "Zentrail" / "5.0";
+  fs::create_directories(settings);
+  std::ofstream(settings / "ZTLiveViewer.ini") << "[General]\nLastProject=" << project.string() << "\n";
+  TViewer v;
+  std::string error;
+  v.Socket = ViewerSocketPath(error);
+  if (v.Socket.empty()) Fail(error);
+  v.Pid = Spawn(ZENTRAIL_VIEWER_PATH);
+  WaitForSocket(v.Socket, "the viewer");
+  return v;
+}
+
+void Stop(pid_t pid) {
+  ::kill(pid, SIGTERM);
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+}
+
+int Connect(const std::string& path) {
+  std::string error;
+  const int fd = ConnectUnixSocket(path, error);
+  if (fd < 0) Fail("cannot connect to " + path + ": " + error);
+  return fd;
+}
+
+// Batches of 4,096 records, each waiting for its count; seconds taken for n messages.
+double SendBatches(const std::string& socket, const std::vector<std::string>& packets, int n) {
+  constexpr int kPerBatch = 4096;
+  std::vector<std::string> batches;
+  for (std::size_t first = 0; batches.size() < 16; first += kPerBatch) {
+    std::string batch;
+    for (int i = 0; i < kPerBatch; ++i) AppendBatchRecord(batch, ztPacketTag, packets[(first + i) % packets.size()]);
+    batches.push_back(std::move(batch));
+  }
+  const int fd = Connect(socket);
+  std::string error;
+  const auto start = Clock::now();
+  for (int sent = 0, b = 0; sent < n; sent += kPerBatch, ++b) {
+    const int64_t taken = SendBatchAndWaitCount(fd, batches[static_cast<size_t>(b) % batches.size()], ztNoDeadline, error);
+    if (taken != kPerBatch) Fail("a batch was answered " + std::to_string(taken) + " " + error);
+  }
+  const double seconds = Seconds(start);
+  ::close(fd);
+  return seconds;
+}
+
+double SendSingles(const std::string& socket, const std::vector<std::string>& packets, int n) {
+  const int fd = Connect(socket);
+  std::string error;
+  const auto start = Clock::now();
+  for (int i = 0; i < n; ++i)
+    if (SendFrameAndWaitReply(fd, ztPacketTag, packets[static_cast<size_t>(i) % packets.size()], error) != 1)
+      Fail("a message was refused: " + error);
+  const double seconds = Seconds(start);
+  ::close(fd);
+  return seconds;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc > 1 && std::string(argv[1]) == "quick") {
+    kBatchMessages /= 10;
+    kSyncMessages /= 10;
+    kAsyncMessages /= 10;
+  }
+  char tmpl[] = "/tmp/zentrail-bench-throughput-XXXXXX";
+  if (!::mkdtemp(tmpl)) Fail("cannot make a temporary folder");
+  const fs::path root = tmpl;
+  Isolate(root);
+
+  std::vector<std::string> packets;
+  for (const TZentrailMessage& m : Traffic()) packets.push_back(m.GetAsTransportPacket());
+
+  TViewer viewer = StartViewer(root);
+  SendBatches(viewer.Socket, packets, 20000);  // warm-up: first paints, arenas, caches
+  SendSingles(viewer.Socket, packets, 2000);
+  // Batches and single frames take turns in rounds, so that the machine's load weighs on both.
+  constexpr int kRounds = 5;
+  double batchSeconds = 0, syncSeconds = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    batchSeconds += SendBatches(viewer.Socket, packets, kBatchMessages / kRounds);
+    syncSeconds += SendSingles(viewer.Socket, packets, kSyncMessages / kRounds);
+  }
+  const double batchRate = kBatchMessages / batchSeconds;
+  const double syncRate = kSyncMessages / syncSeconds;
+  std::printf("figure: viewer_batch_intake_rate %.0f msg/s\n", batchRate);
+  std::printf("figure: intake_rate_5views %.0f msg/s\n", syncRate);
+  std::fflush(stdout);
+
+  Stop(viewer.Pid);
+  fs::remove_all(root);
+  return 0;
+}
