@@ -188,6 +188,64 @@ double SendSingles(const std::string& socket, const std::vector<std::string>& pa
   return seconds;
 }
 
+// Nanoseconds the process's main thread has run so far; the viewer's intake runs there.
+uint64_t RunNs(pid_t pid) {
+  std::ifstream in("/proc/" + std::to_string(pid) + "/schedstat");
+  uint64_t ns = 0;
+  in >> ns;
+  return ns;
+}
+
+// The moment the viewer last worked before it fell quiet for 100 ms: when it has taken the last
+// message of a stream that the dispatcher still forwards after the client is done.
+Clock::time_point ViewerQuietSince(pid_t viewer) {
+  uint64_t last = RunNs(viewer);
+  Clock::time_point changed = Clock::now();
+  while (Clock::now() - changed < std::chrono::milliseconds(100)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const uint64_t now = RunNs(viewer);
+    if (now != last) {
+      last = now;
+      changed = Clock::now();
+    }
+  }
+  return changed;
+}
+
+// Four threads of this process through the asynchronous client, the dispatcher and the viewer;
+// messages per second from the first call until the viewer has taken the last one.
+double AsyncRate(pid_t viewer, const std::vector<TZentrailMessage>& traffic, int n) {
+  ZentrailManager.SetAsync(true);
+  constexpr int kThreads = 4;
+  auto send = [&](int count) {
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+      threads.emplace_back([&, t] {
+        TZentrailLogger log;
+        log.SetCategory(t % 2 == 0 ? "Database" : "Network");
+        ZentrailManager.SetCurrentThreadName("worker-" + std::to_string(t));
+        for (int i = 0; i < count / kThreads; ++i) {
+          const TZentrailMessage& m = traffic[static_cast<size_t>(i * kThreads + t) % traffic.size()];
+          log.Send(m.MsgType, m.MsgText);
+        }
+      });
+    for (auto& t : threads) t.join();
+  };
+  send(40000);  // warm-up: routes, the dispatcher's queues, the viewer's arenas
+  ZentrailManager.Flush(0);
+  ViewerQuietSince(viewer);
+  const TZentrailAsyncStatistics before = ZentrailManager.AsyncStatistics();
+  const auto start = Clock::now();
+  send(n);
+  ZentrailManager.Flush(0);
+  const double seconds = std::chrono::duration<double>(ViewerQuietSince(viewer) - start).count();
+  const TZentrailAsyncStatistics after = ZentrailManager.AsyncStatistics();
+  if (after.Accepted - before.Accepted != static_cast<uint64_t>(n / kThreads * kThreads))
+    Fail("the dispatcher took " + std::to_string(after.Accepted - before.Accepted) + " of the messages");
+  ZentrailManager.SetAsync(false);
+  return n / kThreads * kThreads / seconds;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -220,6 +278,15 @@ int main(int argc, char** argv) {
   std::printf("figure: intake_rate_5views %.0f msg/s\n", syncRate);
   std::fflush(stdout);
 
+  std::string error;
+  const pid_t dispatcher = Spawn(ZENTRAIL_DISPATCHER_PATH);
+  WaitForSocket(DispatcherSocketPath(error), "the dispatcher");
+  const double asyncRate = AsyncRate(viewer.Pid, Traffic(), kAsyncMessages);
+  std::printf("figure: e2e_async_rate %.0f msg/s\n", asyncRate);
+  std::printf("figure: e2e_async_ratio %.2f ratio\n", asyncRate / syncRate);
+  std::fflush(stdout);
+
+  Stop(dispatcher);
   Stop(viewer.Pid);
   fs::remove_all(root);
   return 0;
