@@ -117,6 +117,7 @@ bool TDispatcher::Setup() {
   std::string viewerPath = ViewerSocketPath(error);
   auto viewer = std::make_unique<TViewerSink>(FWakeFd, viewerPath);
   FViewer = viewer.get();
+  FViewerOnly = {FViewer};
   FSinks["Viewer"] = std::move(viewer);
   return true;
 }
@@ -378,15 +379,20 @@ TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view pay
 
   // A message on a route that this dispatcher never heard of (it was restarted, say) goes to the
   // viewer rather than nowhere.
-  std::vector<TSink*> fallback{FViewer};
-  auto route = FRoutes.find(std::string(view.RouteKey));
-  const std::vector<TSink*>& sinks = route != FRoutes.end() ? route->second : fallback;
-  for (TSink* sink : sinks)
+  const std::vector<TSink*>* sinks = &FViewerOnly;
+  if (view.RouteKey == FLastRouteKey && FLastRoute) {
+    sinks = FLastRoute;
+  } else if (auto route = FRoutes.find(view.RouteKey); route != FRoutes.end()) {
+    // Messages come in runs of one route; the next one is found without a search.
+    sinks = &route->second;
+    FLastRouteKey.assign(view.RouteKey);
+    FLastRoute = sinks;
+  }
+  for (TSink* sink : *sinks)
     if (!sink->HasRoom(packet.size())) return TResult::Wait;
-  auto shared = std::make_shared<const std::string>(packet);
   bool all = true;
-  for (TSink* sink : sinks) {
-    TSink::TPush pushed = sink->Push(shared, view);
+  for (TSink* sink : *sinks) {
+    TSink::TPush pushed = sink->Push(packet);
     if (pushed != TSink::TPush::Taken) all = false;
   }
   return all ? TResult::Taken : TResult::Refused;
@@ -395,6 +401,7 @@ TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view pay
 TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
   std::vector<TSink*> sinks = SinksFor(std::string(view.MsgText));
   if (sinks.empty()) return TResult::Refused;
+  FLastRoute = nullptr;
   FRoutes[std::string(view.RouteKey)] = std::move(sinks);
   return TResult::Taken;
 }
@@ -402,6 +409,7 @@ TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
 void TDispatcher::CloseRoute(const std::string& routeKey) {
   auto route = FRoutes.find(routeKey);
   if (route == FRoutes.end()) return;
+  FLastRoute = nullptr;
   std::vector<TSink*> sinks = std::move(route->second);
   FRoutes.erase(route);
   // A log file that no route names any more is closed, so that a long-running dispatcher does
