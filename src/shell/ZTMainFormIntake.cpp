@@ -110,6 +110,7 @@ void TFrmViewer::BeginCopyDataBatch() {
 void TFrmViewer::EndCopyDataBatch() {
   FInCopyDataBatch = false;
   EndMessageBatch();
+  MessagesArrived();
 }
 
 void TFrmViewer::CopyDataFailed(const std::string& text) {
@@ -188,7 +189,8 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
   // Before the views see it, so that a view made for the message takes it in at once.
   if (AutoOrganize) OrganizeArrivingMessage();
   FanOut();
-  MessagesArrived();
+  // A batch reports its arrival once, when it ends.
+  if (!FInCopyDataBatch) MessagesArrived();
 }
 
 void TFrmViewer::NoteLiveFrame() {

@@ -166,14 +166,39 @@ void TZTMessageView::PostDetailsNotice() { FDetailsTimer->start(); }
 
 // ---- filter ------------------------------------------------------------------------------------
 
-bool TZTMessageView::AcceptMessage() {
-  const TZentrailMessageSet& ms = MessageSet;
+bool TZTMessageView::AcceptSender(const TZentrailMessageSet& ms) const {
   const TZTFilterCriteria& c = FFilterCriteria;
   if (c.CheckAppName && !EqualAsciiNoCase(ms.GetAppName(), c.AppName)) return false;
   if (c.CheckCategory && !EqualAsciiNoCase(ms.GetCategory(), c.Category)) return false;
   if (c.CheckProcessID && ms.GetProcessID() != c.ProcessID) return false;
   if (c.CheckThreadName && !EqualAsciiNoCase(ms.GetThreadName(), c.ThreadName)) return false;
   if (c.CheckComputerName && !EqualAsciiNoCase(ms.GetComputerName(), c.ComputerName)) return false;
+  return true;
+}
+
+void TZTMessageView::CheckSenderCaches(const TZentrailMessageSet& ms) {
+  if (ms.Generation() == FSenderGeneration) return;
+  // The store was emptied: its senders are numbered anew.
+  FSenderGeneration = ms.Generation();
+  FSenderAccepted.clear();
+  FSenderFits.clear();
+}
+
+bool TZTMessageView::AcceptMessage() {
+  const TZentrailMessageSet& ms = MessageSet;
+  const TZTFilterCriteria& c = FFilterCriteria;
+  if (c.CheckAppName || c.CheckCategory || c.CheckProcessID || c.CheckThreadName || c.CheckComputerName) {
+    const uint32_t sender = ms.GetIdentity();
+    if (sender == UINT32_MAX) {
+      if (!AcceptSender(ms)) return false;
+    } else {
+      CheckSenderCaches(ms);
+      if (sender >= FSenderAccepted.size()) FSenderAccepted.resize(std::max<size_t>(sender + 1, FSenderAccepted.size() * 2));
+      uint8_t& known = FSenderAccepted[sender];
+      if (known == 0) known = AcceptSender(ms) ? 1 : 2;
+      if (known != 1) return false;
+    }
+  }
   if (c.CheckMessageText && !FMessageTextRegEx.Match(ms.GetMsgText())) return false;
   if (c.CheckMsgTypes && !InSet(c.MsgTypeSet, ms.GetMsgType()) && !InSet(c.MsgContentSet, ms.GetMsgContent()))
     return false;
@@ -184,6 +209,7 @@ void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria =
 
 void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
   FFilterCriteria = criteria;
+  FSenderAccepted.clear();
   // The organizer's register follows the criteria, a pattern that fails included.
   Organizer().RegisterFilterCriteria(static_cast<IZTMessageView*>(this), OrganizerCriteria(criteria));
   // Built whether or not the text is checked, so a bad pattern shows when it is set. A pattern
@@ -266,19 +292,35 @@ void TZTMessageView::AddMessage(bool force) {
   BeginLiveChange();
   try {
     const int32_t row = InternalAddMessage();
-    // A row that a collapse took away again lies beyond the end: then nothing scrolls.
-    if (AutoScroll && row < NumItems()) SetTopIndex(row);
+    // A row that a collapse took away again lies beyond the end: then nothing scrolls. Inside an
+    // update bracket only the last row counts, and it is shown when the bracket ends.
+    if (AutoScroll && row < NumItems()) {
+      if (Updating())
+        FPendingTop = row;
+      else
+        SetTopIndex(row);
+    }
   } catch (...) {
     EndLiveChange();
     throw;
   }
   EndLiveChange();
   ms.GotoRec(recNo);
+  // A sender whose texts fitted their columns once still fits: widths only grow.
+  const uint32_t sender = ms.GetIdentity();
+  if (sender != UINT32_MAX) {
+    CheckSenderCaches(ms);
+    if (sender < FSenderFits.size() && FSenderFits[sender] == FFitEpoch) return;
+  }
   bool grew = MeasureArriving(0, 3, ms.GetAppName());
   grew = MeasureArriving(1, 2, ms.GetCategory()) || grew;
   grew = MeasureArriving(2, 4, ms.GetComputerName()) || grew;
   grew = MeasureArriving(3, 6, ms.GetThreadName()) || grew;
   if (grew && !Updating()) viewport()->update();
+  if (sender != UINT32_MAX) {
+    if (sender >= FSenderFits.size()) FSenderFits.resize(std::max<size_t>(sender + 1, FSenderFits.size() * 2));
+    FSenderFits[sender] = FFitEpoch;
+  }
   ms.GotoRec(recNo);
 }
 
@@ -304,6 +346,7 @@ bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text)
 
 void TZTMessageView::changeEvent(QEvent* event) {
   if (event->type() == QEvent::FontChange) {
+    ++FFitEpoch;
     for (auto& known : FFitting) known.clear();
     for (auto& ways : FLastFitting)
       for (TLastFitting& last : ways) last.Width = -1;
@@ -362,6 +405,7 @@ void TZTMessageView::ClearView() {
     ClearBookmarks();
     FSelections.Clear();
     FSelectedCount = 0;
+    FPendingTop = -1;
     UpdateColumnWidths();
     SetHorzPosition(0);
     UpdateScrollBars();
@@ -401,7 +445,14 @@ bool TZTMessageView::Focused() { return hasFocus(); }
 
 void TZTMessageView::BeginUpdate() { TZTVirtualListBox::BeginUpdate(); }
 
-void TZTMessageView::EndUpdate() { TZTVirtualListBox::EndUpdate(); }
+void TZTMessageView::EndUpdate() {
+  if (UpdateCount() == 1 && FPendingTop >= 0) {
+    const int32_t row = FPendingTop;
+    FPendingTop = -1;
+    if (row < NumItems()) SetTopIndex(row);
+  }
+  TZTVirtualListBox::EndUpdate();
+}
 
 void TZTMessageView::Invalidate() { viewport()->update(); }
 
