@@ -678,7 +678,10 @@ void TZTMessageView::CollapseMethod(int32_t row) {
   // Rows hold ascending item indices, so the rows to go are one contiguous run after the Enter.
   auto& rows = FRows.Raw();
   const auto first = rows.begin() + row + 1;
-  const auto stop = std::upper_bound(first, rows.end(), end);
+  auto stop = std::upper_bound(first, rows.end(), end);
+  // At least one row goes: for an Enter collapsed already, the Exit below that found it, which
+  // otherwise would find it again and again.
+  if (stop == first && first != rows.end()) ++stop;
   const int32_t removed = static_cast<int32_t>(stop - first);
   const int32_t focus = ItemIndex();
   rows.erase(first, stop);
@@ -792,19 +795,124 @@ void TZTMessageView::ExpandAllMethods(bool fromStart) {
 void TZTMessageView::CollapseAllMethods() {
   {
     TUpdateGuard guard(*this);
-    int32_t row = 0;
-    while (row < NumItems()) {
-      const bool collapsed = FItems.GetItems(FRows.GetItems(row)).Collapsed;
-      SelectRecord(row);
-      const int32_t type = MessageSet.GetMsgType();
-      if (collapsed && type == ztmEnterMethod) {
-        // Opened once, so that what it holds is reached; inner methods close before outer ones.
-        ExpandMethod(row);
-      } else if (!collapsed && type == ztmExitMethod && CollapseAtExitInternal(row, false)) {
-        row = ItemIndex() + 1;
+    // The walk over the rows that opens each collapsed method once and collapses every method at
+    // its Exit, inner ones first, done in one pass: the rows behind the walk are a stack that a
+    // collapse pops, the rows ahead of it a stack that an expansion pushes. Each item's type and
+    // each method's end are read once, so the cost is linear in the number of items.
+    const int32_t itemCount = FItems.Count();
+    enum : uint8_t { kOther, kEnter, kExit, kOtherExit };
+    std::vector<uint8_t> kind(static_cast<size_t>(itemCount));
+    std::vector<int32_t> ends(static_cast<size_t>(itemCount), -1);
+    {
+      TZentrailMessageSet& ms = MessageSet;
+      std::vector<int32_t> open;
+      for (int32_t i = 0; i < itemCount; ++i) {
+        ms.GotoRec(FItems.Raw()[static_cast<size_t>(i)].RecNo);
+        const int32_t type = ms.GetMsgType();
+        uint8_t k = type == ztmEnterMethod ? kEnter
+                    : type == ztmExitMethod ? kExit
+                    : type == ztmExitMethodCollapse ? kOtherExit
+                                                    : kOther;
+        kind[static_cast<size_t>(i)] = k;
+        // An Exit closes the innermost open Enter: the end that counting from the Enter finds.
+        if (k == kEnter) {
+          open.push_back(i);
+        } else if ((k == kExit || k == kOtherExit) && !open.empty()) {
+          ends[static_cast<size_t>(open.back())] = i;
+          open.pop_back();
+        }
+      }
+    }
+    auto& items = FItems.Raw();
+    const auto& indents = FIndents.Raw();
+    std::vector<int32_t> done;
+    done.reserve(FRows.Raw().size());
+    std::vector<int32_t> ahead(FRows.Raw().rbegin(), FRows.Raw().rend());
+    std::vector<int32_t> content;
+    const int32_t focusItem = ItemIndex() >= 0 && ItemIndex() < FRows.Count() ? FRows.GetItems(ItemIndex()) : -1;
+    int32_t focusRow = -1;  // where the last collapse put the focus
+    int64_t collapses = 0;
+    while (!ahead.empty()) {
+      const int32_t item = ahead.back();
+      ahead.pop_back();
+      done.push_back(item);
+      const uint8_t k = kind[static_cast<size_t>(item)];
+      TZTViewItem& entry = items[static_cast<size_t>(item)];
+      if (k == kEnter && entry.Collapsed) {
+        // Opened, so that what it holds is walked; a nested collapsed method comes as one row and
+        // is opened when the walk reaches it.
+        entry.Collapsed = false;
+        const int32_t end = ends[static_cast<size_t>(item)] >= 0 ? ends[static_cast<size_t>(item)] : itemCount - 1;
+        content.clear();
+        for (int32_t i = item + 1; i <= end;) {
+          content.push_back(i);
+          const int32_t inner = ends[static_cast<size_t>(i)];
+          i = items[static_cast<size_t>(i)].Collapsed && kind[static_cast<size_t>(i)] == kEnter ? (inner < 0 ? end : inner) + 1
+                                                                                              : i + 1;
+        }
+        ahead.insert(ahead.end(), content.rbegin(), content.rend());
         continue;
       }
-      ++row;
+      if (k != kExit || entry.Collapsed) continue;
+      // The Enter of the same level above this Exit; a sibling Exit of that level first means none.
+      const int32_t level = indents[static_cast<size_t>(item)];
+      const int32_t exitRow = static_cast<int32_t>(done.size()) - 1;
+      int32_t enterRow = -1;
+      for (int32_t r = exitRow; r >= 0; --r) {
+        const int32_t other = done[static_cast<size_t>(r)];
+        if (indents[static_cast<size_t>(other)] != level) continue;
+        if (r != exitRow && kind[static_cast<size_t>(other)] == kExit) break;
+        if (kind[static_cast<size_t>(other)] == kEnter) {
+          enterRow = r;
+          break;
+        }
+      }
+      if (enterRow < 0) continue;
+      // A bound for structures that no walk settles (levels that disagree with the pairs).
+      if (++collapses > 4 * static_cast<int64_t>(itemCount) + 16) break;
+      focusRow = enterRow;
+      const int32_t enterItem = done[static_cast<size_t>(enterRow)];
+      const int32_t end = ends[static_cast<size_t>(enterItem)];
+      if (end < 0) {
+        // Nothing to collapse: the walk goes on after the Enter, over rows it has walked.
+        for (std::size_t r = done.size(); r > static_cast<size_t>(enterRow) + 1; --r) ahead.push_back(done[r - 1]);
+        done.resize(static_cast<size_t>(enterRow) + 1);
+        continue;
+      }
+      // The rows of the method go, up to its end as counting finds it, and at least one. Where a
+      // reset indent level makes levels disagree with the counting, rows after the end remain
+      // behind the walk; like the walk row by row, it takes them again after the Enter.
+      std::size_t first = static_cast<size_t>(enterRow) + 1;
+      std::size_t stop = first;
+      while (stop < done.size() && done[stop] <= end) ++stop;
+      bool removed = stop > first;
+      if (stop == done.size())
+        while (!ahead.empty() && ahead.back() <= end) {
+          ahead.pop_back();
+          removed = true;
+        }
+      if (!removed) {
+        if (stop < done.size())
+          ++stop;
+        else if (!ahead.empty())
+          ahead.pop_back();
+      }
+      for (std::size_t r = done.size(); r > stop; --r) ahead.push_back(done[r - 1]);
+      done.resize(first);
+      items[static_cast<size_t>(enterItem)].Collapsed = true;
+    }
+    // Rows the walk did not reach when it was cut short stay as they were.
+    done.insert(done.end(), ahead.rbegin(), ahead.rend());
+    FRows.Raw().swap(done);
+    SetNumItems(FRows.Count());
+    if (focusRow < 0 && focusItem >= 0) {
+      // No collapse moved the focus: it stays on its message, which the openings shifted.
+      const auto& rows = FRows.Raw();
+      focusRow = static_cast<int32_t>(std::upper_bound(rows.begin(), rows.end(), focusItem) - rows.begin()) - 1;
+    }
+    if (focusRow >= 0) {
+      SetItemIndex(focusRow);
+      SetAnchorIndex(focusRow);
     }
     RemoveAllSelections();
     if (ItemIndex() >= 0) SelectItem(ItemIndex(), true);
