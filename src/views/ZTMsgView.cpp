@@ -1086,10 +1086,15 @@ void TZTMessageView::FindNext(bool newSearch, const std::string& text, bool inDe
   TZentrailMessageSet& ms = MessageSet;
   // A walk over a large view: the lists are read directly, as every row is known to exist. The
   // vectors are fetched afresh after each expansion, which inserts rows.
+  // Most messages carry no Details: whether the pattern matches an empty text is asked once.
+  const bool emptyDetailsMatch = inDetails && regex.Match(std::string_view());
   auto matches = [&](int32_t row) {
     const auto& rows = FRows.Raw();
     ms.GotoRec(FItems.Raw()[static_cast<size_t>(rows[static_cast<size_t>(row)])].RecNo);
-    return regex.Match(ms.GetMsgText()) || (inDetails && regex.Match(ms.GetDetails()));
+    if (regex.Match(ms.GetMsgText())) return true;
+    if (!inDetails) return false;
+    const std::string_view details = ms.GetDetails();
+    return details.empty() ? emptyDetailsMatch : regex.Match(details);
   };
   // The store already stands on the row's record: only an Enter can be a collapsed method.
   auto collapsedEnter = [&](int32_t row) {
