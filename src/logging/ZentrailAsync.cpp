@@ -148,6 +148,7 @@ void TZentrailAsyncQueue::Start() {
   FAbandon.store(false);
   FStopDeadline = std::chrono::steady_clock::time_point::max();
   FRunning.store(true, std::memory_order_release);
+  FShipping.store(true);
   FThread = std::thread([this] { Run(); });
 }
 
@@ -456,7 +457,7 @@ bool TZentrailAsyncQueue::Flush(std::chrono::steady_clock::time_point deadline) 
   std::unique_lock lock(FSpaceLock);
   FSpaceWaiters.fetch_add(1);
   while (FTail.load(std::memory_order_acquire) < target) {
-    if (!FThread.joinable() || std::chrono::steady_clock::now() >= deadline) break;
+    if (!FShipping.load() || std::chrono::steady_clock::now() >= deadline) break;
     FSpace.wait_until(lock, std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(100)));
   }
   FSpaceWaiters.fetch_sub(1);
@@ -468,6 +469,9 @@ bool TZentrailAsyncQueue::Flush(std::chrono::steady_clock::time_point deadline) 
 
 void TZentrailAsyncQueue::Run() {
   while (WaitForRecord()) ShipBatch();
+  FShipping.store(false);
+  std::lock_guard lock(FSpaceLock);
+  FSpace.notify_all();
 }
 
 bool TZentrailAsyncQueue::WaitForRecord() {
@@ -576,8 +580,11 @@ void TZentrailAsyncQueue::ShipBatch() {
       continue;
     }
     if (std::find(FAnnounced.begin(), FAnnounced.end(), head->Token) == FAnnounced.end()) {
-      if (!route->Connection->AnnounceRoute(route->DispatchID, route->Code, route->DestinationText, route->Category)) {
+      if (std::chrono::steady_clock::now() < FRetryAfter ||
+          !route->Connection->AnnounceRoute(route->DispatchID, route->Code, route->DestinationText, route->Category)) {
         // No dispatcher: the message is lost, as a synchronous send would be.
+        if (std::chrono::steady_clock::now() >= FRetryAfter)
+          FRetryAfter = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         ++refused;
         position += head->Size;
         continue;
@@ -638,7 +645,10 @@ void TZentrailAsyncQueue::ShipBatch() {
       }
       taken = announced ? connection->InternalSendBatch(FBatch) : -1;
     }
-    if (taken < 0) taken = 0;
+    if (taken < 0) {
+      taken = 0;
+      FRetryAfter = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    }
     taken = std::min<int64_t>(taken, static_cast<int64_t>(records));
     FAccepted.fetch_add(static_cast<uint64_t>(taken));
     refused += records - static_cast<uint64_t>(taken);

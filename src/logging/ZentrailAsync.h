@@ -113,7 +113,8 @@ class TZentrailAsyncQueue {
   std::condition_variable FSpace;      // senders wait here for room, Flush for answers
 
   std::thread FThread;
-  std::atomic<bool> FRunning{false};
+  std::atomic<bool> FRunning{false};   // taking messages
+  std::atomic<bool> FShipping{false};  // the background thread is at work
   std::atomic<bool> FStopping{false};
   std::atomic<bool> FAbandon{false};
   std::chrono::steady_clock::time_point FStopDeadline = std::chrono::steady_clock::time_point::max();
@@ -129,6 +130,9 @@ class TZentrailAsyncQueue {
   std::string FBatch;
   std::string FPacket, FPayload;
   std::vector<uint32_t> FAnnounced;  // tokens announced for the batch being built
+  // After a dispatcher could not be reached, messages are given up without a new attempt each
+  // until then, so that a missing dispatcher costs one attempt per second, not one per batch.
+  std::chrono::steady_clock::time_point FRetryAfter{};
 };
 
 }  // namespace zentrail

@@ -211,6 +211,33 @@ TEST_F(AsyncTest, LargeMessagesAndCompressedConnectionsKeepTheirPlace) {
   EXPECT_EQ(messages[5].Details, large);
 }
 
+TEST_F(AsyncTest, WithoutADispatcherSendsGoOnAndTheLossIsCounted) {
+  // Nothing listens and nothing can be started: the senders are not held up, Flush comes back, and
+  // every message is counted as refused.
+  ZentrailManager.SetAsync(true);
+  const auto before = ZentrailManager.AsyncStatistics();
+  TZentrailLogger log;
+  constexpr int kCount = 30000;
+  int queued = 0;
+  for (int i = 0; i < kCount; ++i) queued += log.Send("lost #" + std::to_string(i));
+  EXPECT_EQ(queued, kCount);
+  EXPECT_TRUE(log.Enabled()) << "a send that was queued does not switch the logger off";
+  ASSERT_TRUE(ZentrailManager.Flush(0));
+  const auto stats = Since(before);
+  EXPECT_EQ(stats.Accepted, 0u);
+  EXPECT_EQ(stats.Refused + stats.Dropped, static_cast<uint64_t>(kCount));
+
+  // A dispatcher that comes later gets what is sent then.
+  TFakeFrameServer dispatcher(DispatcherPath());
+  ZentrailManager.SetCurrentThreadName("later");
+  ASSERT_TRUE(WaitUntil([&] {
+    log.Send("later #0");
+    ZentrailManager.Flush(0);
+    return !dispatcher.Messages().empty();
+  }));
+  EXPECT_EQ(dispatcher.Frames().front().Message.MsgType, ztmOpenRoute);
+}
+
 // Run by the next test as a process of its own: sends and ends without a Flush.
 TEST_F(AsyncTest, ChildSendsAndEnds) {
   const char* count = std::getenv("ZENTRAIL_TEST_ASYNC_CHILD");
