@@ -334,6 +334,11 @@ void TZentrailProperties::AddObject(std::string_view name, const IZentrailPublis
   p.Value = object ? "(" + object->ZentrailClassName() + ")" : "nil";
 }
 
+void TZentrailProperties::AddObject(std::string_view name, std::shared_ptr<const IZentrailPublished> object) {
+  AddObject(name, object.get());
+  FItems.back().Owned = std::move(object);
+}
+
 namespace {
 
 // A font as the walk sees it: an object of class TFont with its own properties.
@@ -411,14 +416,14 @@ struct TWalk {
       }
       Lines.push_back(name + "=" + p->Value);
       if (p->Kind != TZentrailProperties::pkObject || !p->Object) continue;
-      const void* key = p->Owned ? nullptr : static_cast<const void*>(p->Object);
-      if ((key && Path.count(key)) || depth >= kMaxWalkDepth) {
+      const void* key = p->Object->ZentrailIdentity();
+      if (Path.count(key) || depth >= kMaxWalkDepth) {
         if (Recursion && Recursion->empty()) *Recursion = name;
         continue;
       }
-      if (key) Path.insert(key);
+      Path.insert(key);
       Object(*p->Object, name + ".", depth + 1);
-      if (key) Path.erase(key);
+      Path.erase(key);
     }
   }
 };
@@ -428,7 +433,7 @@ struct TWalk {
 std::vector<std::string> PropertyLines(const IZentrailPublished& object, std::string* recursion) {
   std::vector<std::string> lines;
   TWalk walk{lines, {}, recursion};
-  walk.Path.insert(&object);
+  walk.Path.insert(object.ZentrailIdentity());
   walk.Object(object, {}, 0);
   return lines;
 }

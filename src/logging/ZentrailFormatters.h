@@ -102,6 +102,9 @@ class IZentrailPublished : public IZentrailObjectInfo {
     ZentrailControls(children);
   }
   virtual const IZentrailPublished* ZentrailParent() const { return nullptr; }
+  // What makes two objects the same one in a walk; a wrapper gives the object it wraps, so that a
+  // graph seen through fresh wrappers is still known to come back on itself.
+  virtual const void* ZentrailIdentity() const { return this; }
 };
 
 struct TZentrailFont {
@@ -156,7 +159,7 @@ class TZentrailProperties {
     std::string SetTypeName;                   // sets: the set type's name
     std::vector<std::pair<std::string, bool>> Elements;  // sets: every element of the base type
     const IZentrailPublished* Object = nullptr;  // objects: walked after their line
-    std::shared_ptr<IZentrailPublished> Owned;   // objects made for the walk (a font)
+    std::shared_ptr<const IZentrailPublished> Owned;  // objects made for the walk (a font)
   };
 
   void AddString(std::string_view name, std::string_view value);
@@ -176,6 +179,8 @@ class TZentrailProperties {
   void AddSet(std::string_view name, std::string_view setTypeName, std::vector<std::pair<std::string, bool>> elements);
   // A sub-object, walked after its line with this property's name as prefix; null reads "nil".
   void AddObject(std::string_view name, const IZentrailPublished* object);
+  // The same for an object made only to be walked; the list keeps it alive.
+  void AddObject(std::string_view name, std::shared_ptr<const IZentrailPublished> object);
   void AddFont(std::string_view name, const TZentrailFont& font);
   void AddVariant(std::string_view name, const TZentrailVariant& value);
   // A property of a kind the walk cannot show.

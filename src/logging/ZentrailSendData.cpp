@@ -210,10 +210,10 @@ struct TFormWriter {
         case TZentrailProperties::pkObject:
           // Sub-objects stream their own properties under the dotted name; links to others are
           // not part of the form text.
-          if (p.Object && depth < kMaxTreeDepth && !Path.count(p.Object)) {
-            Path.insert(p.Object);
+          if (p.Object && depth < kMaxTreeDepth && !Path.count(p.Object->ZentrailIdentity())) {
+            Path.insert(p.Object->ZentrailIdentity());
             Properties(*p.Object, indent, name + ".", depth + 1);
-            Path.erase(p.Object);
+            Path.erase(p.Object->ZentrailIdentity());
           }
           break;
         case TZentrailProperties::pkOther: break;
@@ -226,13 +226,14 @@ struct TFormWriter {
     std::string objectName = object.ZentrailObjectName();
     Lines.push_back(indent + "object " + (objectName.empty() ? std::string() : objectName + ": ") +
                     object.ZentrailClassName());
-    Path.insert(&object);
+    Path.insert(object.ZentrailIdentity());
     Properties(object, indent + "  ", {}, depth);
     std::vector<const IZentrailPublished*> children;
     object.ZentrailComponents(children);
     for (const auto* child : children)
-      if (child && depth < kMaxTreeDepth && !Path.count(child)) Component(*child, indent + "  ", depth + 1);
-    Path.erase(&object);
+      if (child && depth < kMaxTreeDepth && !Path.count(child->ZentrailIdentity()))
+        Component(*child, indent + "  ", depth + 1);
+    Path.erase(object.ZentrailIdentity());
     Lines.push_back(indent + "end");
   }
 };
@@ -293,10 +294,10 @@ void TreeLines(const IZentrailPublished& object, int level, bool components, std
   std::vector<const IZentrailPublished*> children;
   if (components) object.ZentrailComponents(children);
   else object.ZentrailControls(children);
-  path.insert(&object);
+  path.insert(object.ZentrailIdentity());
   for (const auto* child : children)
-    if (child && !path.count(child)) TreeLines(*child, level + 1, components, path, lines);
-  path.erase(&object);
+    if (child && !path.count(child->ZentrailIdentity())) TreeLines(*child, level + 1, components, path, lines);
+  path.erase(object.ZentrailIdentity());
 }
 
 }  // namespace
@@ -313,9 +314,9 @@ int TZentrailLogger::TreeOf(int32_t msgType, std::string_view name, const IZentr
       // From the top-most parent down to the object itself.
       std::vector<const IZentrailPublished*> chain;
       std::set<const void*> seen;
-      for (const IZentrailPublished* p = object; p && !seen.count(p) && chain.size() < kMaxTreeDepth;
+      for (const IZentrailPublished* p = object; p && !seen.count(p->ZentrailIdentity()) && chain.size() < kMaxTreeDepth;
            p = p->ZentrailParent()) {
-        seen.insert(p);
+        seen.insert(p->ZentrailIdentity());
         chain.push_back(p);
       }
       for (std::size_t i = 0; i < chain.size(); ++i)

@@ -1,8 +1,12 @@
 // Every kind of the send family on the whole road: sent by the client, routed by the dispatcher,
 // stored by the viewer, and shown by the inspector its content asks for. The checks read what the
 // viewer stored and what each inspector shows, and decode pictures with Qt's own reader.
+#include <QCheckBox>
 #include <QImage>
+#include <QLabel>
 #include <QListWidget>
+#include <QPainter>
+#include <QVBoxLayout>
 #include <QTreeWidget>
 #include <cstdlib>
 #include <filesystem>
@@ -13,6 +17,7 @@
 #include "ZTInspectorPane.h"
 #include "ZTXmlViewFrame.h"
 #include "ZentrailLogging.h"
+#include "ZentrailQt.h"
 
 using namespace zentrail;
 using namespace zentrail::test;
@@ -316,4 +321,78 @@ TEST_F(SendFamilyRoundTrip, TracesKeepTheirStructureAndBadInputDoesNotStopTheLog
   EXPECT_EQ(rows[7].second, "Send Data Error: Bitmap is Not Assigned");
   EXPECT_EQ(rows[8].second.rfind("Send Data Error: a message of 104857607 bytes", 0), 0u);
   EXPECT_EQ(rows[9].second, "after = 1");
+}
+
+TEST_F(SendFamilyRoundTrip, QtObjectsPicturesAndWidgetsThroughTheAdaptor) {
+  QWidget form;
+  form.setObjectName(QStringLiteral("frmOrders"));
+  form.setWindowTitle(QStringLiteral("Orders"));
+  auto* layout = new QVBoxLayout(&form);
+  auto* label = new QLabel(QStringLiteral("Open orders: 3"), &form);
+  label->setObjectName(QStringLiteral("lblCount"));
+  auto* check = new QCheckBox(QStringLiteral("Only mine"), &form);
+  check->setObjectName(QStringLiteral("chkMine"));
+  check->setChecked(true);
+  layout->addWidget(label);
+  layout->addWidget(check);
+  form.resize(240, 90);
+  QImage image(4, 3, QImage::Format_ARGB32);
+  image.fill(QColor(10, 20, 30));
+  image.setPixelColor(3, 2, QColor(200, 100, 50));
+
+  {
+    TZentrailLogger log;
+    ASSERT_EQ(qt::Send(log, "Check", check), 1);
+    qt::Send(log, "Swatch", image);
+    qt::SendColor(log, "Tint", QColor(255, 0, 0, 64));
+    qt::SendVariant(log, "Row", QVariantList{7, QStringLiteral("seven"), true});
+    qt::SendScreenShot(log, "Form", &form);
+    qt::SendControls(log, "Widgets", &form);
+    qt::SendParents(log, "Up", check);
+    qt::SendWindowHandle(log, "Window", &form);
+    qt::Send(log, "Null", QImage());
+    qt::Send(log, "NullPixmap", QPixmap());
+    qt::SendProperty(log, "Checked", check, "checked");
+    ASSERT_TRUE(WaitForRecords(11)) << MessageSet.GetRecordCount();
+    log.CloseDispatcher();
+  }
+  auto stored = StoredByText();
+  TZTInspectorPane* pane = Viewer->InspectorPane();
+
+  EXPECT_EQ(Focus(stored.at("Check").RecNo), TZTInspectorPane::pnObject);
+  EXPECT_EQ(pane->ObjectInspector()->GetHeader(), QStringLiteral("QCheckBox"));
+  const QStringList properties = Contents(pane->ObjectInspector());
+  EXPECT_TRUE(properties.contains(QStringLiteral("checked=True"))) << properties.join('|').toStdString();
+  EXPECT_TRUE(properties.contains(QStringLiteral("text=Only mine"))) << properties.join('|').toStdString();
+  EXPECT_TRUE(properties.contains(QStringLiteral("objectName=chkMine")));
+  EXPECT_TRUE(properties.contains(QStringLiteral("focusPolicy=StrongFocus"))) << properties.join("|").toStdString();
+
+  EXPECT_EQ(Focus(stored.at("Swatch").RecNo), TZTInspectorPane::pnBitmap);
+  EXPECT_EQ(pane->BitmapInspector()->Picture().pixelColor(3, 2), QColor(200, 100, 50));
+  EXPECT_EQ(Focus(stored.at("Tint: clRed = RGB( 255, 0, 0 )  Alpha( 64 )").RecNo), TZTInspectorPane::pnColor);
+  EXPECT_EQ(pane->ColorInspector()->ValueText(3), QStringLiteral("64"));
+  EXPECT_EQ(Focus(stored.at("Row").RecNo), TZTInspectorPane::pnStringList);
+  EXPECT_EQ(Contents(pane->StringListInspector()), (QStringList{"7", "seven", "True"}));
+
+  // The screenshot is the form as Qt itself renders it.
+  const QImage expected = form.grab().toImage().convertToFormat(QImage::Format_RGB32);
+  EXPECT_EQ(Focus(stored.at("Form").RecNo), TZTInspectorPane::pnBitmap);
+  const QImage shown = pane->BitmapInspector()->Picture().convertToFormat(QImage::Format_RGB32);
+  EXPECT_EQ(shown.size(), expected.size());
+  EXPECT_EQ(shown.pixelColor(5, 5), expected.pixelColor(5, 5));
+
+  EXPECT_EQ(Focus(stored.at("Widgets").RecNo), TZTInspectorPane::pnHierarchy);
+  QTreeWidget* tree = pane->HierarchyInspector()->Tree();
+  ASSERT_EQ(tree->topLevelItemCount(), 1);
+  EXPECT_EQ(tree->topLevelItem(0)->text(0), QStringLiteral("QWidget: frmOrders"));
+  ASSERT_EQ(tree->topLevelItem(0)->childCount(), 2);
+  EXPECT_EQ(tree->topLevelItem(0)->child(1)->text(0), QStringLiteral("QCheckBox: chkMine"));
+  EXPECT_EQ(stored.at("Up").Details, "QWidget: frmOrders\r\n\tQCheckBox: chkMine\r\n");
+
+  EXPECT_EQ(Focus(stored.at("Window").RecNo), TZTInspectorPane::pnText);
+  EXPECT_TRUE(pane->TextInspector()->Text().contains(QStringLiteral("Class Name = QWidget")));
+  EXPECT_TRUE(pane->TextInspector()->Text().contains(QStringLiteral("User Data = frmOrders")));
+  EXPECT_EQ(stored.count("Send Data Error: Bitmap is Not Assigned"), 1u);
+  EXPECT_EQ(stored.count("Send Data Error: Picture is Not Assigned"), 1u);
+  EXPECT_EQ(stored.count("Checked: True"), 1u);
 }
