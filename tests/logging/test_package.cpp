@@ -58,10 +58,13 @@ TEST(Package, InstalledClientBuildsWithCMakeAndPkgConfigAndRuns) {
       << ReadFile(log);
   ASSERT_TRUE(fs::exists(prefix / "include/zentrail/ZentrailLogging.h"));
   ASSERT_TRUE(fs::exists(prefix / "include/zentrail/ZentrailMessage.h"));
-  // The public headers stand on their own: nothing of the build tree, nothing of Qt.
+  // The public headers stand on their own: nothing of the build tree, nothing of Qt, except in the
+  // Qt adaptor, which is a target of its own that plain programs never include.
   for (auto& entry : fs::directory_iterator(prefix / "include/zentrail")) {
     std::string text = ReadFile(entry.path());
-    EXPECT_EQ(text.find("#include <Q"), std::string::npos) << entry.path();
+    if (entry.path().filename() != "ZentrailQt.h") {
+      EXPECT_EQ(text.find("#include <Q"), std::string::npos) << entry.path();
+    }
     EXPECT_EQ(text.find("ZTChannel.h"), std::string::npos) << entry.path();
   }
 
