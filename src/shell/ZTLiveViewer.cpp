@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontDatabase>
 #include <cstdio>
+#include <cstring>
 
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
@@ -23,9 +24,44 @@ QFont InterfaceFont() {
   return QFontDatabase::systemFont(QFontDatabase::GeneralFont);
 }
 
+constexpr const char* kUsage =
+    "Usage: zentrail-viewer [FILE]\n"
+    "\n"
+    "Shows the messages that programs send through the Zentrail logging client, live as they\n"
+    "arrive, and Zentrail log files (.ztl).\n"
+    "\n"
+    "  FILE        a log file, opened once the window is up; with more than one argument, or a\n"
+    "              name that is not a file, nothing is opened\n"
+    "  --help      this text\n"
+    "  --version   the version\n"
+    "\n"
+    "One viewer runs per user. A second start ends at once and silently; it does not open its\n"
+    "FILE in the viewer that runs (use File > Open there). Live messages arrive on the socket\n"
+    "<runtime>/viewer; the runtime folder is $ZENTRAIL_RUNTIME_DIR, else $XDG_RUNTIME_DIR/zentrail,\n"
+    "else /tmp/zentrail-<uid>. Plug-in modules are loaded from the folder PlugIns beside the\n"
+    "program. Settings: $XDG_DATA_HOME/Orvan/Zentrail/5.0/ZTLiveViewer.ini.\n";
+
+// --help and --version are answered before anything else, without a display and without the lock,
+// so that they work in a terminal beside a running viewer.
+bool AnsweredInformation(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
+      std::fputs(kUsage, stdout);
+      return true;
+    }
+    if (!std::strcmp(argv[i], "--version")) {
+      std::puts("zentrail-viewer (Zentrail) " ZENTRAIL_VERSION_TEXT);
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (AnsweredInformation(argc, argv)) return 0;
+
   // The process-wide settings object comes first; everything after may read it.
   LoadViewerSettings();
 
