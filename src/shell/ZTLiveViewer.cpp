@@ -2,9 +2,11 @@
 // and the message loop, in that order; the settings go to disk once the window is gone.
 #include <QApplication>
 #include <QFontDatabase>
+#include <QLoggingCategory>
 #include <cstdio>
 #include <cstring>
 
+#include "ZTCommonUtils.h"
 #include "ZTMainForm.h"
 #include "ZTMsgView.h"
 #include "ZTPlugInManager.h"
@@ -12,8 +14,13 @@
 #include "ZTSettingsStore.h"
 #include "ZTSignalCloser.h"
 #include "ZTSingleInstance.h"
+#include "ZentrailMessageSet.h"
 
 using namespace zentrail;
+
+// What the viewer found at start and held at its end, for a user who asks why a plug-in or the help
+// is missing: silent unless switched on with QT_LOGGING_RULES="zentrail.viewer.info=true".
+Q_LOGGING_CATEGORY(ztViewerLog, "zentrail.viewer", QtWarningMsg)
 
 namespace {
 
@@ -86,6 +93,17 @@ int main(int argc, char** argv) {
   TInternalPlugInManager plugIns;
   plugIns.LoadPlugIns();
   plugIns.RegisterCustomView<TZTMessageView>(QString::fromLatin1(TZTMessageView::ViewClassKey));
+  if (ztViewerLog().isInfoEnabled()) {
+    qCInfo(ztViewerLog, "plug-in folder %sPlugIns/", GetExecutableFolder().c_str());
+    for (int i = 0; i < plugIns.Packages().Count(); ++i)
+      qCInfo(ztViewerLog, "plug-in module %s %s", qUtf8Printable(plugIns.Packages().Name(i)),
+             plugIns.Packages().HModule(i) ? "loaded" : "not loaded");
+    QStringList inspectors;
+    plugIns.GetListOfInspectors(&inspectors);
+    qCInfo(ztViewerLog, "plug-in inspectors: %s", qUtf8Printable(inspectors.join(QStringLiteral(", "))));
+    const std::string help = HelpFolder();
+    qCInfo(ztViewerLog, "help pages: %s", help.empty() ? "none" : help.c_str());
+  }
 
   if (lock == TZTSingleInstance::Result::Failed) {
     PromptService().ShowMessage(nullptr, QString::fromStdString(error), TZTPromptKind::Error);
@@ -106,6 +124,8 @@ int main(int argc, char** argv) {
     }
     viewer.show();
     status = QApplication::exec();
+    qCInfo(ztViewerLog, "closed with %d messages; the last log read gave %d records", MessageSet.GetRecordCount(),
+           viewer.LastLoad().Records);
   }
   // The window wrote its state into the object as it closed, also when a signal closed it.
   // A failure here costs this run's settings and nothing else, so it is only reported.
