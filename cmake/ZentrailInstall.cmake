@@ -3,8 +3,8 @@
 # registry file that names the installed dispatcher and install folder.
 #
 # Everything is found relative to the installed programs (the libraries through an $ORIGIN run
-# path, the plug-ins in PlugIns beside the viewer, the help in share/zentrail/Help beside its bin
-# folder), so an install under any prefix works without the machine-wide registry file.
+# path, the plug-ins in PlugIns beside the viewer, the help in share/zentrail/Help), so an install
+# under any prefix works without the machine-wide registry file. The layout: ZentrailLayout.cmake.
 #
 # Components: "runtime" is what a user runs, "dev" what a developer builds against (headers, the
 # CMake package, zentrail.pc, the static client and the unversioned library links).
@@ -18,7 +18,6 @@ set(ZENTRAIL_REGISTRY_INSTALL_FILE "" CACHE STRING
 set(_dist ${CMAKE_SOURCE_DIR}/dist)
 set(_out ${CMAKE_BINARY_DIR}/dist)
 set(ZENTRAIL_APP_ID com.orvan.Zentrail)
-set(ZENTRAIL_INSTALL_HELP_DIR ${CMAKE_INSTALL_DATADIR}/zentrail/Help)
 
 # ---- Desktop integration
 install(FILES ${_dist}/${ZENTRAIL_APP_ID}.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications
@@ -40,8 +39,7 @@ install(FILES ${_dist}/icons/${ZENTRAIL_APP_ID}.svg DESTINATION ${CMAKE_INSTALL_
 if(EXISTS ${CMAKE_SOURCE_DIR}/help)
   install(DIRECTORY ${CMAKE_SOURCE_DIR}/help/ DESTINATION ${ZENTRAIL_INSTALL_HELP_DIR} COMPONENT runtime)
 endif()
-file(RELATIVE_PATH _help_from_bin /x/${CMAKE_INSTALL_BINDIR} /x/${ZENTRAIL_INSTALL_HELP_DIR})
-target_compile_definitions(zentrail_support PRIVATE ZENTRAIL_HELP_BESIDE_PROGRAM="${_help_from_bin}")
+target_compile_definitions(zentrail_support PRIVATE ZENTRAIL_HELP_BESIDE_PROGRAM="${ZENTRAIL_VIEWER_TO_HELP}")
 
 # ---- Manual pages, from scdoc sources, compressed as Debian wants them
 find_program(ZENTRAIL_SCDOC scdoc)
@@ -68,6 +66,7 @@ endif()
 # --prefix` and CPack choose after configuration.
 install(CODE "
   set(ZENTRAIL_BINDIR \"${CMAKE_INSTALL_BINDIR}\")
+  set(ZENTRAIL_VIEWERDIR \"${ZENTRAIL_INSTALL_VIEWERDIR}\")
   set(ZENTRAIL_DATADIR \"${CMAKE_INSTALL_DATADIR}\")
   set(ZENTRAIL_REGISTRY_INSTALL_FILE \"${ZENTRAIL_REGISTRY_INSTALL_FILE}\")
   set(ZENTRAIL_INSTALL_SYSTEMD_UNITS ${ZENTRAIL_INSTALL_SYSTEMD_UNITS})

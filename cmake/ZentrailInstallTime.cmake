@@ -1,5 +1,5 @@
 # Run by `cmake --install` (and CPack): writes the files that name the prefix of this install.
-# Set by the caller: ZENTRAIL_BINDIR, ZENTRAIL_DATADIR (relative to the prefix),
+# Set by the caller: ZENTRAIL_BINDIR, ZENTRAIL_VIEWERDIR, ZENTRAIL_DATADIR (relative to the prefix),
 # ZENTRAIL_REGISTRY_INSTALL_FILE, ZENTRAIL_INSTALL_SYSTEMD_UNITS, ZENTRAIL_SYSTEMD_USER_UNIT_DIR,
 # ZENTRAIL_DIST (the sources) and ZENTRAIL_STAGE (a folder of the build tree).
 
@@ -51,4 +51,12 @@ if(ZENTRAIL_INSTALL_SYSTEMD_UNITS)
                  "${ZENTRAIL_STAGE}/zentrail-dispatcher.service" @ONLY)
   file(INSTALL "${ZENTRAIL_STAGE}/zentrail-dispatcher.service"
        DESTINATION "${_prefix}/${ZENTRAIL_SYSTEMD_USER_UNIT_DIR}")
+endif()
+
+# The viewer's command in bin: a relative link, so that the prefix can move.
+file(RELATIVE_PATH _viewer_from_bin "/x/${ZENTRAIL_BINDIR}" "/x/${ZENTRAIL_VIEWERDIR}/zentrail-viewer")
+if(EXISTS "$ENV{DESTDIR}${_prefix}/${ZENTRAIL_VIEWERDIR}/zentrail-viewer")
+  file(MAKE_DIRECTORY "$ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}")
+  message(STATUS "Installing: $ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}/zentrail-viewer -> ${_viewer_from_bin}")
+  file(CREATE_LINK "${_viewer_from_bin}" "$ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}/zentrail-viewer" SYMBOLIC)
 endif()
