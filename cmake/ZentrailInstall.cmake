@@ -72,7 +72,6 @@ install(CODE "
   set(ZENTRAIL_INSTALL_SYSTEMD_UNITS ${ZENTRAIL_INSTALL_SYSTEMD_UNITS})
   set(ZENTRAIL_SYSTEMD_USER_UNIT_DIR \"${ZENTRAIL_SYSTEMD_USER_UNIT_DIR}\")
   set(ZENTRAIL_DIST \"${_dist}\")
-  set(ZENTRAIL_STAGE \"${_out}/install-time\")
   include(\"${CMAKE_SOURCE_DIR}/cmake/ZentrailInstallTime.cmake\")
 " COMPONENT runtime)
 if(ZENTRAIL_INSTALL_SYSTEMD_UNITS)

@@ -1,7 +1,7 @@
 # Run by `cmake --install` (and CPack): writes the files that name the prefix of this install.
 # Set by the caller: ZENTRAIL_BINDIR, ZENTRAIL_VIEWERDIR, ZENTRAIL_DATADIR (relative to the prefix),
 # ZENTRAIL_REGISTRY_INSTALL_FILE, ZENTRAIL_INSTALL_SYSTEMD_UNITS, ZENTRAIL_SYSTEMD_USER_UNIT_DIR,
-# ZENTRAIL_DIST (the sources) and ZENTRAIL_STAGE (a folder of the build tree).
+# and ZENTRAIL_DIST (the sources).
 
 set(_prefix "${CMAKE_INSTALL_PREFIX}")
 set(ZENTRAIL_FULL_BINDIR "${_prefix}/${ZENTRAIL_BINDIR}")
@@ -38,19 +38,19 @@ if(EXISTS "$ENV{DESTDIR}${_registry}")
     set(_kept "${_before}${_rest}")
   endif()
 endif()
-file(WRITE "${ZENTRAIL_STAGE}/registry.ini"
-     "${_header}\nInstallPath=${_prefix}/${ZENTRAIL_DATADIR}/zentrail/\nDispatcher=${ZENTRAIL_FULL_BINDIR}/zentrail-dispatcher\n${_kept}")
-get_filename_component(_registry_dir "${_registry}" DIRECTORY)
-get_filename_component(_registry_name "${_registry}" NAME)
-# What was there has been read into the new text; without this an older file might be kept as up to date.
-file(REMOVE "$ENV{DESTDIR}${_registry}")
-file(INSTALL "${ZENTRAIL_STAGE}/registry.ini" DESTINATION "${_registry_dir}" RENAME "${_registry_name}")
+# Written in place rather than staged in the build tree, so that installs of one build that run
+# at the same time (a package and a prefix) cannot take each other's text.
+set(_registry_text
+    "${_header}\nInstallPath=${_prefix}/${ZENTRAIL_DATADIR}/zentrail/\nDispatcher=${ZENTRAIL_FULL_BINDIR}/zentrail-dispatcher\n${_kept}")
+message(STATUS "Installing: $ENV{DESTDIR}${_registry}")
+file(WRITE "$ENV{DESTDIR}${_registry}" "${_registry_text}")
+list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${_registry}")
 
 if(ZENTRAIL_INSTALL_SYSTEMD_UNITS)
-  configure_file("${ZENTRAIL_DIST}/systemd/zentrail-dispatcher.service.in"
-                 "${ZENTRAIL_STAGE}/zentrail-dispatcher.service" @ONLY)
-  file(INSTALL "${ZENTRAIL_STAGE}/zentrail-dispatcher.service"
-       DESTINATION "${_prefix}/${ZENTRAIL_SYSTEMD_USER_UNIT_DIR}")
+  set(_service "${_prefix}/${ZENTRAIL_SYSTEMD_USER_UNIT_DIR}/zentrail-dispatcher.service")
+  message(STATUS "Installing: $ENV{DESTDIR}${_service}")
+  configure_file("${ZENTRAIL_DIST}/systemd/zentrail-dispatcher.service.in" "$ENV{DESTDIR}${_service}" @ONLY)
+  list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${_service}")
 endif()
 
 # The viewer's command in bin: a relative link, so that the prefix can move.
@@ -59,4 +59,5 @@ if(EXISTS "$ENV{DESTDIR}${_prefix}/${ZENTRAIL_VIEWERDIR}/zentrail-viewer")
   file(MAKE_DIRECTORY "$ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}")
   message(STATUS "Installing: $ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}/zentrail-viewer -> ${_viewer_from_bin}")
   file(CREATE_LINK "${_viewer_from_bin}" "$ENV{DESTDIR}${ZENTRAIL_FULL_BINDIR}/zentrail-viewer" SYMBOLIC)
+  list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${ZENTRAIL_FULL_BINDIR}/zentrail-viewer")
 endif()
