@@ -35,6 +35,11 @@ endforeach()
 install(FILES ${_dist}/icons/${ZENTRAIL_APP_ID}.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps
         COMPONENT runtime)
 
+# The viewer carries its icon too, for a window system that does not look it up by the desktop entry.
+if(TARGET zentrail-viewer)
+  target_sources(zentrail-viewer PRIVATE ${_dist}/icons/${ZENTRAIL_APP_ID}.qrc)
+endif()
+
 # ---- Help pages, where the viewer looks for them when no install path is registered
 if(EXISTS ${CMAKE_SOURCE_DIR}/help)
   install(DIRECTORY ${CMAKE_SOURCE_DIR}/help/ DESTINATION ${ZENTRAIL_INSTALL_HELP_DIR} COMPONENT runtime)

@@ -2,6 +2,7 @@
 // and the message loop, in that order; the settings go to disk once the window is gone.
 #include <QApplication>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QLoggingCategory>
 #include <cstdio>
 #include <cstring>
@@ -87,6 +88,13 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("Zentrail Live Viewer"));
   QApplication::setApplicationDisplayName(QStringLiteral("Zentrail Live Viewer"));
   QApplication::setFont(InterfaceFont());
+  // The desktop entry's name ties the windows to the menu entry and its icon (on Wayland the
+  // application id); the icon of the installed theme is preferred to the one built in.
+  QGuiApplication::setDesktopFileName(QStringLiteral("com.orvan.Zentrail"));
+  QIcon builtIn;
+  for (int size : {16, 32, 48, 64, 128, 256})
+    builtIn.addFile(QStringLiteral(":/zentrail/icons/com.orvan.Zentrail-%1.png").arg(size), QSize(size, size));
+  QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("com.orvan.Zentrail"), builtIn));
 
   // Plug-ins register first, the viewer's own view class after them; the manager outlives the window,
   // whose views and inspectors may be plug-in code.
