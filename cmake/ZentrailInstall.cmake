@@ -42,7 +42,10 @@ endif()
 
 # ---- Help pages, where the viewer looks for them when no install path is registered
 if(EXISTS ${CMAKE_SOURCE_DIR}/help)
-  install(DIRECTORY ${CMAKE_SOURCE_DIR}/help/ DESTINATION ${ZENTRAIL_INSTALL_HELP_DIR} COMPONENT runtime)
+  # The pages and what they show; scripts and sources beside them stay in the repository.
+  install(DIRECTORY ${CMAKE_SOURCE_DIR}/help/ DESTINATION ${ZENTRAIL_INSTALL_HELP_DIR} COMPONENT runtime
+          FILES_MATCHING PATTERN "*.htm" PATTERN "*.html" PATTERN "*.css" PATTERN "*.png" PATTERN "*.svg"
+                         PATTERN "*.jpg" PATTERN "*.js")
 endif()
 target_compile_definitions(zentrail_support PRIVATE ZENTRAIL_HELP_BESIDE_PROGRAM="${ZENTRAIL_VIEWER_TO_HELP}")
 

@@ -171,6 +171,8 @@ TEST(InstalledTree, DesktopFilesManualPagesAndPkgConfigPassTheToolsThatReadThem)
   TRun desktop = Shell("desktop-file-validate " + Q(share / "applications/com.orvan.Zentrail.desktop"));
   EXPECT_EQ(desktop.Status, 0) << desktop.Output;
   EXPECT_EQ(desktop.Output, "");
+  TRun metainfo = Shell("appstreamcli validate --no-net " + Q(share / "metainfo/com.orvan.Zentrail.metainfo.xml"));
+  EXPECT_EQ(metainfo.Status, 0) << metainfo.Output;
   // The tree form checks the metainfo together with the desktop entry and icons it names.
   TRun appstream = Shell("appstreamcli validate-tree --no-net " + Q(prefix));
   EXPECT_EQ(appstream.Status, 0) << appstream.Output;
