@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <spawn.h>
 
+#include <sstream>
+
 #include "DispatcherFixture.h"
 
 using namespace zentrail;
@@ -44,6 +46,21 @@ void StartCapturing(TChildProcess& guard, const std::string& program, const std:
   guard.Adopt(pid);
 }
 
+// Whether a socket listens on path, read from the kernel's table so that asking does not knock
+// (a knock would start the dispatcher): the socket file appears at bind, before listen.
+bool Listening(const std::string& path) {
+  std::ifstream table("/proc/net/unix");
+  std::string line;
+  while (std::getline(table, line)) {
+    std::istringstream fields(line);
+    std::string num, refs, protocol, flags, type, state, inode, name;
+    if (fields >> num >> refs >> protocol >> flags >> type >> state >> inode >> name && name == path &&
+        flags == "00010000")
+      return true;
+  }
+  return false;
+}
+
 bool SendToFile(const fs::path& log, const std::string& text) {
   TZentrailDestination destination("File[Path=" + log.string() + "]");
   TZentrailLogger logger;
@@ -60,7 +77,7 @@ TEST_F(DispatcherTest, TakesTheSocketOfAServiceManagerAndLeavesItToTheManager) {
   const fs::path log = dir / "activated.ztl";
   TChildProcess manager;
   StartCapturing(manager, kActivator, ActivatorArgs({socket}), dir / "manager.txt");
-  ASSERT_TRUE(WaitUntil([&] { return fs::exists(socket); })) << ReadFile(dir / "manager.txt");
+  ASSERT_TRUE(WaitUntil([&] { return Listening(socket); })) << ReadFile(dir / "manager.txt");
 
   // The first client's connection starts the dispatcher, which then answers on the manager's socket.
   EXPECT_TRUE(SendToFile(log, "first through the manager's socket"));
@@ -101,7 +118,7 @@ TEST_F(DispatcherTest, RefusesSocketsThatClientsWouldNotFind) {
     TChildProcess manager;
     const fs::path output = dir / "refused.txt";
     StartCapturing(manager, kActivator, ActivatorArgs(c.Sockets), output);
-    ASSERT_TRUE(WaitUntil([&] { return fs::exists(c.Sockets.front()); })) << ReadFile(output);
+    ASSERT_TRUE(WaitUntil([&] { return Listening(c.Sockets.front()); })) << ReadFile(output);
     // A knock on the socket makes the manager start the dispatcher, which ends at once and says why.
     SocketAnswers(c.Sockets.front());
     EXPECT_EQ(manager.Wait(8000), 1);
