@@ -53,19 +53,22 @@ target_compile_definitions(zentrail_support PRIVATE ZENTRAIL_HELP_BESIDE_PROGRAM
 find_program(ZENTRAIL_SCDOC scdoc)
 find_program(ZENTRAIL_GZIP gzip)
 if(ZENTRAIL_SCDOC AND ZENTRAIL_GZIP)
+  # One source per page, dist/man/<program>.<section>.scd; a new program only adds its file.
+  file(GLOB _sources CONFIGURE_DEPENDS ${_dist}/man/*.scd)
   set(_pages)
-  foreach(page zentrail-viewer zentrail-dispatcher zentrail-send ztlog)
-    set(_src ${_dist}/man/${page}.1.scd)
-    set(_page ${_out}/man/${page}.1.gz)
+  foreach(_src ${_sources})
+    get_filename_component(_name ${_src} NAME_WLE)
+    string(REGEX MATCH "[1-9]$" _section ${_name})
+    set(_page ${_out}/man/${_name}.gz)
     # -n keeps the time stamp out of the file, so that two builds give the same bytes.
     add_custom_command(OUTPUT ${_page}
                        COMMAND ${CMAKE_COMMAND} -E make_directory ${_out}/man
-                       COMMAND sh -c "'${ZENTRAIL_SCDOC}' < '${_src}' | '${ZENTRAIL_GZIP}' -9n > '${_page}'"
+                       COMMAND sh -c "'${ZENTRAIL_SCDOC}' < '${_src}' > '${_out}/man/${_name}' && '${ZENTRAIL_GZIP}' -9n < '${_out}/man/${_name}' > '${_page}'"
                        DEPENDS ${_src} VERBATIM)
     list(APPEND _pages ${_page})
+    install(FILES ${_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${_section} COMPONENT runtime)
   endforeach()
   add_custom_target(zentrail_man ALL DEPENDS ${_pages})
-  install(FILES ${_pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT runtime)
 else()
   message(WARNING "scdoc or gzip not found: the manual pages are neither built nor installed")
 endif()
