@@ -6,8 +6,8 @@
 # path, the plug-ins in PlugIns beside the viewer, the help in share/zentrail/Help), so an install
 # under any prefix works without the machine-wide registry file. The layout: ZentrailLayout.cmake.
 #
-# Components: "runtime" is what a user runs, "dev" what a developer builds against (headers, the
-# CMake package, zentrail.pc, the static client and the unversioned library links).
+# Components: "runtime" is what a user runs, "client" what a developer builds against (headers, the
+# CMake packages, zentrail.pc, the static client and the unversioned library links), with runtime.
 
 option(ZENTRAIL_INSTALL_SYSTEMD_UNITS "Install the dispatcher's systemd user units" ON)
 set(ZENTRAIL_SYSTEMD_USER_UNIT_DIR "lib/systemd/user" CACHE STRING

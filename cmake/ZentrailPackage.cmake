@@ -1,5 +1,6 @@
 # Debian packages through CPack: `cpack -G DEB` in the build folder makes zentrail (what a user
-# runs) and zentrail-dev (headers, the CMake package, zentrail.pc, the static client), for /usr.
+# runs, the component runtime) and zentrail-dev (the component client: headers, the CMake packages,
+# zentrail.pc, the static client), for /usr.
 
 set(_deb ${CMAKE_SOURCE_DIR}/dist/debian)
 set(_debout ${CMAKE_BINARY_DIR}/dist/debian)
@@ -12,9 +13,9 @@ if(ZENTRAIL_GZIP)
                      COMMAND sh -c "'${ZENTRAIL_GZIP}' -9n < '${_debout}/changelog' > '${_debout}/changelog.gz'"
                      DEPENDS ${_debout}/changelog VERBATIM)
   add_custom_target(zentrail_changelog ALL DEPENDS ${_debout}/changelog.gz)
-  foreach(comp runtime dev)
+  foreach(comp runtime client)
     set(_pkg zentrail)
-    if(comp STREQUAL "dev")
+    if(comp STREQUAL "client")
       set(_pkg zentrail-dev)
     endif()
     install(FILES ${_deb}/copyright ${_debout}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${_pkg}
@@ -34,7 +35,7 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "Orvan <zentrail@orvan.com>")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime dev)
+set(CPACK_COMPONENTS_ALL runtime client)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -57,11 +58,13 @@ This package holds the viewer with its sample plug-ins, the dispatcher that
 routes messages (also as a socket-activated systemd user service), ztlog to
 read log files, zentrail-send to log from a shell, and the shared client.")
 
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME zentrail-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "zlib1g-dev")
-set(CPACK_COMPONENT_DEV_DEPENDS runtime)
-set(CPACK_DEBIAN_DEV_DESCRIPTION "development files of the Zentrail logging client and plug-ins
+set(CPACK_DEBIAN_CLIENT_PACKAGE_NAME zentrail-dev)
+set(CPACK_DEBIAN_CLIENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_CLIENT_PACKAGE_DEPENDS "zlib1g-dev, libpng-dev")
+# Only the Qt adaptor needs Qt's development files.
+set(CPACK_DEBIAN_CLIENT_PACKAGE_SUGGESTS "qt6-base-dev")
+set(CPACK_COMPONENT_CLIENT_DEPENDS runtime)
+set(CPACK_DEBIAN_CLIENT_DESCRIPTION "development files of the Zentrail logging client and plug-ins
 The headers of the C++ logging client, its CMake package (find_package
 Zentrail) and pkg-config file, the static client library, and the headers
 for authors of viewer plug-ins.")
