@@ -51,7 +51,7 @@ TEST(Package, InstalledClientBuildsWithCMakeAndPkgConfigAndRuns) {
   fs::path work = MakeTempDir("package");
   fs::path prefix = work / "prefix";
   fs::path log = work / "build.log";
-  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --component client --prefix '" +
+  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --prefix '" +
                     prefix.string() + "'",
                 log),
             0)
@@ -142,7 +142,7 @@ TEST(Package, ExamplesBuildAgainstTheInstalledPackageAndLog) {
   fs::path work = MakeTempDir("examples");
   fs::path prefix = work / "prefix";
   fs::path log = work / "build.log";
-  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --component client --prefix '" +
+  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --prefix '" +
                     prefix.string() + "'",
                 log),
             0)
