@@ -16,7 +16,7 @@ namespace {
 
 const std::string kBuild = ZENTRAIL_BINARY_DIR;
 const std::string kVersion = ZENTRAIL_VERSION_TEXT;
-const char* const kPrograms[] = {"zentrail-viewer", "zentrail-dispatcher", "zentrail-send", "ztlog"};
+const char* const kPrograms[] = {"zentrail-viewer", "zentrail-dispatcher", "zentrail-send", "ztlog", "zentrail-demo"};
 
 fs::path Install(const std::string& hint) {
   const fs::path prefix = MakeTempDir(hint) / "prefix";

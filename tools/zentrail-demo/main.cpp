@@ -164,10 +164,18 @@ void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(2)); }
 
 int main(int argc, char** argv) {
   if (argc > 1 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
-    std::printf("usage: zentrail-demo\n"
+    std::printf("usage: zentrail-demo [--help | --version]\n"
                 "Sends one message of every kind to the Zentrail viewer through the dispatcher.\n"
                 "Start zentrail-viewer first; the dispatcher is started when needed.\n");
     return 0;
+  }
+  if (argc > 1 && std::strcmp(argv[1], "--version") == 0) {
+    std::printf("zentrail-demo (Zentrail) " ZENTRAIL_VERSION_TEXT "\n");
+    return 0;
+  }
+  if (argc > 1) {
+    std::fprintf(stderr, "zentrail-demo: unknown argument \"%s\"; try --help\n", argv[1]);
+    return 2;
   }
   TZentrailLogger& log = ZentrailLog;
   log.SetCategory("Orders");
