@@ -31,6 +31,7 @@
 #include <unistd.h>
 
 #include "ZTChannel.h"
+#include "ZTCommandBar.h"
 #include "ZTDetailPanel.h"
 #include "ZTGlyphs.h"
 #include "ZTNavigator.h"
@@ -206,7 +207,10 @@ void TFrmViewer::CreateLayout() {
   pnlSeparator = new QWidget(this);
   pnlSeparator->setObjectName(QStringLiteral("pnlSeparator"));
   auto* outer = new QVBoxLayout(pnlSeparator);
-  outer->setContentsMargins(2, 2, 2, 0);
+  outer->setContentsMargins(2, 0, 2, 0);
+  outer->setSpacing(2);
+  tbrMain = new TZTCommandBar(QStringLiteral("tbrMain"), QStringLiteral("Main"), pnlSeparator);
+  outer->addWidget(tbrMain);
   splMain = new QSplitter(Qt::Horizontal, pnlSeparator);
   splMain->setObjectName(QStringLiteral("splMain"));
   splMain->setChildrenCollapsible(false);
@@ -224,9 +228,7 @@ void TFrmViewer::CreateLayout() {
   auto* views = new QVBoxLayout(pnlViews);
   views->setContentsMargins(0, 0, 0, 0);
   views->setSpacing(0);
-  tbrView = new QToolBar(QStringLiteral("View"), pnlViews);
-  tbrView->setObjectName(QStringLiteral("tbrView"));
-  tbrView->setIconSize(QSize(16, 16));
+  tbrView = new TZTCommandBar(QStringLiteral("tbrView"), QStringLiteral("View"), pnlViews);
   views->addWidget(tbrView);
   pnlTabSet = new QWidget(pnlViews);
   pnlTabSet->setObjectName(QStringLiteral("pnlTabSet"));

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <array>
 #include <cstdint>
@@ -19,6 +20,7 @@
 
 #include "TransportPacket.h"
 #include "ZTChannelServer.h"
+#include "ZTCommandTable.h"
 #include "ZTCustomViewIntf.h"
 #include "ZTLogTail.h"
 #include "ZTPlugInManager.h"
@@ -43,6 +45,7 @@ class QToolBar;
 namespace zentrail {
 
 class TZTSoundPlayer;
+class TZTCommandBar;
 class TZTDetailPanel;
 class TZTNavigator;
 class TZTInspectorPane;
@@ -262,6 +265,18 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void SetHideExtraColumns(bool hide);
   void SetWrapButtons(bool wrap);
   bool WrapButtons() const { return FWrapButtons; }
+  // Which buttons the toolbars show: the toolbar customising dialog, and its result by toolbar.
+  void CustomizeToolbars();
+  void SetHiddenToolbarItems(const QString& toolbar, const QSet<QString>& names);
+  TZTCommandBar* Toolbar(const QString& name) const;
+  // The column dialog: the column bits alone.
+  void SelectColumns();
+  // The options dialog.
+  void ShowOptions();
+  // A time column command's result: its bit on and the other two off, or all three off.
+  static uint16_t FlipTimeColumn(uint16_t options, uint16_t bit);
+  // The commands as the table made them, for those that list them.
+  const TZTCommandRegistry& CommandTable() const { return *FCommands; }
   // Colours of the rows, the panes and the inspectors, handed to every view and pane at once.
   struct TZTDisplayColors {
     TColor Marker, SyncMsg, Separator, InactiveSeparator, AppStartSeparator, Value, Highlight, HighlightFont;
@@ -286,10 +301,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QTableWidget* ScratchPadGrid() const { return grdScratchPad; }
   QListWidget* CallStackList() const { return lstCallStack; }
   QAction* Action(const QString& name) const;
-  // The one factory of the window's commands: the action is named, owned by the window, reachable
-  // by its shortcut from anywhere in it, and found again through Action(name).
-  QAction* AddCommand(const char* name, const QString& caption, const QString& hint, const QKeySequence& key,
-                      const char* glyph, std::function<void()> handler, bool checkable = false);
   TZTInspectorPane* InspectorPane() const { return FInspectorPane; }
   TZTNavigator& Navigator() const { return *FNavigator; }
   int WakeUpSoundsPlayed() const { return FWakeUpSounds; }
@@ -367,24 +378,20 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   IZTMessageView* CreateViewPage(const TZTViewFactory& factory);
   void UnbindActiveView();
   void PrintInspectorContents();
-  void UpdateStatusCounts();
+  // selected: the view's count of selected rows when the caller has it, else -1.
+  void UpdateStatusCounts(int32_t selected = -1);
   void RefreshCallStack(IZTMessageView* view);
   void ApplyChromeColours();
   void ArrangeScratchPad();
   void tabViewsChange(int index);
 
   // ---- View tabs, projects, the organizer and plug-ins
-  void CreateViewCommands();
   void SetUpTabStrip();
-  void CreateProjectCommands();
-  void CreateOrganizerCommands();
-  void UpdateProjectCommandStates();
-  void UpdateOrganizerCommandStates();
+  void SetUpOrganizer();
   void UpdateTabCloseButtons();
   void RebuildSwitchToView();
   void StartRenameView(int index);
   void RemoveViewAt(int index);
-  void UpdateViewCommandStates();
   void tabViewsTabOrderChange(int from, int to);
   void ShowViewsMenu(const QPoint& globalPos, int tabIndex);
   void RefreshProjectStatus();
@@ -405,6 +412,24 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QString FProjectFolder;
   void ApplicationStateChanged(Qt::ApplicationState state);
 
+  // ---- Commands, menus, toolbars
+  void AddFileCommands();
+  void AddEditCommands();
+  void AddSearchCommands();
+  void AddViewCommands();
+  void AddMethodCommands();
+  void AddOrganizeCommands();
+  void AddToolsCommands();
+  void AddHelpCommands();
+  void ModifyViewCommand();
+  TZTCommandFacts GatherCommandFacts();
+  void UpdateToggleMethodCommand(const TZTCommandFacts& facts);
+  QMenu* MakeMenu(const QString& name);
+  void ShowToolbarsMenu(const QPoint& globalPos);
+  std::unique_ptr<TZTCommandRegistry> FCommands;
+  QMenu* mnuMsgDetailsPopup = nullptr;
+  QMenu* mnuToolbars = nullptr;
+
   // ---- Detail panes
   // Goes to the active view's focused record; false without one. Every reader of the focused
   // message calls it right before it reads, as any walk of the store moves the one cursor.
@@ -416,10 +441,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool FCommandsSawRows = false;
 
   // ---- Log files, following a log, printing and editing
-  void CreateFileCommands();
-  void UpdateFileCommandStates(bool hasRows);
-  void CreateEditCommands();
-  void UpdateEditCommandStates(bool hasRows, bool hasFocus, bool hasSelection, int32_t focusedType);
   // The adding path of a record read from a log: separators are made anew, all else is processed.
   void AddLogRecord(const TZentrailPacketView& record);
   void ShowInvalidLog(const QString& path, const QString& note);
@@ -512,13 +533,13 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
 
   // ---- Widgets
   TZTChannelServer* FChannel = nullptr;
-  QToolBar* tbrMain = nullptr;
+  TZTCommandBar* tbrMain = nullptr;
   QWidget* pnlSeparator = nullptr;
   QSplitter* splMain = nullptr;
   QSplitter* splLeft = nullptr;
   QSplitter* splRight = nullptr;
   QWidget* pnlViews = nullptr;
-  QToolBar* tbrView = nullptr;
+  TZTCommandBar* tbrView = nullptr;
   QWidget* pnlTabSet = nullptr;
   QTabBar* tabViews = nullptr;
   QStackedWidget* nbkViews = nullptr;
@@ -542,7 +563,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QProgressBar* pbrComplete = nullptr;
   QLabel* stsMessage = nullptr;
   QMenu* mnuMessageList = nullptr;
-  std::map<QString, QAction*> FActions;
   std::unique_ptr<TZTImageList> FScratchPadImages;
 };
 

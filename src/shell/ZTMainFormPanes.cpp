@@ -189,11 +189,11 @@ void TFrmViewer::UpdateMessageCount() {
                 QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
 }
 
-void TFrmViewer::UpdateStatusCounts() {
+void TFrmViewer::UpdateStatusCounts(int32_t selected) {
   IZTMessageView* view = ActiveView();
   int rows = view ? view->GetCount() : 0;
   int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
-  int selected = view ? view->GetSelCount() : 0;
+  if (selected < 0) selected = view ? view->GetSelCount() : 0;
   if (focused >= 0 && focused < rows) {
     FitStatusPane(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
   } else {

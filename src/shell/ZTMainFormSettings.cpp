@@ -11,6 +11,7 @@
 #include <QTableWidget>
 #include <algorithm>
 
+#include "ZTCommandBar.h"
 #include "ZTInspectorPane.h"
 #include "ZTMainForm.h"
 #include "ZTNavigator.h"
@@ -29,6 +30,7 @@ constexpr const char* kInspectorFont = "InspectorFont";
 constexpr const char* kInspectorFixedFont = "InspectorFixedFont";
 constexpr const char* kFontStyles = "FontStyles";
 constexpr const char* kFind = "Find";
+constexpr const char* kToolbars = "Toolbars";
 
 // The column bits in the order of their keys; the three time bits share one column and follow.
 struct TColumnKey {
@@ -190,22 +192,24 @@ void TFrmViewer::MsgTypeStylesChanged() {
 void TFrmViewer::SetColumnOptions(uint16_t options) {
   FColumnOptions = options;
   for (IZTMessageView* v : FViews) v->UpdateSettings();
-  for (const TColumnKey& c : kColumnKeys)
-    if (QAction* a = Action(QString::fromLatin1(c.Action))) a->setChecked((options & c.Bit) != 0);
-  if (QAction* a = Action(QStringLiteral("actHideExtraColumns"))) a->setEnabled(options != 0);
+  if (!FLoadingSettings) UpdateCommandStates();
 }
 
 void TFrmViewer::SetHideExtraColumns(bool hide) {
   FHideExtraColumns = hide;
   for (IZTMessageView* v : FViews) v->UpdateSettings();
-  if (QAction* a = Action(QStringLiteral("actHideExtraColumns"))) a->setChecked(hide);
+  if (!FLoadingSettings) UpdateCommandStates();
 }
 
 void TFrmViewer::SetWrapButtons(bool wrap) {
-  // Qt's toolbars never break into rows: what does not fit waits behind their extension button.
-  // The choice is kept so that the options dialog and the next run see it.
   FWrapButtons = wrap;
-  if (QAction* a = Action(QStringLiteral("actWrapButtons"))) a->setChecked(wrap);
+  if (tbrMain) tbrMain->SetWrap(wrap);
+  if (tbrView) tbrView->SetWrap(wrap);
+  if (!FLoadingSettings) UpdateCommandStates();
+}
+
+void TFrmViewer::SetHiddenToolbarItems(const QString& toolbar, const QSet<QString>& names) {
+  if (TZTCommandBar* bar = Toolbar(toolbar)) bar->SetHiddenItems(names);
 }
 
 TFrmViewer::TZTDisplayColors TFrmViewer::DisplayColors() const {
@@ -298,7 +302,6 @@ void TFrmViewer::LoadSettings() {
   for (const auto& [key, bit] : kOrganizerKeys)
     if (ini.ReadBool(kOrganizer, key, false)) OrganizeBy |= bit;
   AutoOrganize = ini.ReadBool(kOrganizer, "AutoOrganize", false);
-  if (QAction* a = Action(QStringLiteral("actAutoOrganize"))) a->setChecked(AutoOrganize);
 
   // ---- Display
   SetAlwaysOnTop(ini.ReadBool(kDisplay, "AlwaysOnTop", false));
@@ -395,6 +398,13 @@ void TFrmViewer::LoadSettings() {
   nav.FindFromCursor = ini.ReadBool(kFind, "FindFromCursor", false);
   nav.FindInDetails = ini.ReadBool(kFind, "FindInDetails", true);
 
+  // ---- Toolbars: the buttons the user chose not to see
+  for (const char* bar : {"tbrMain", "tbrView"}) {
+    const QString hidden = FromUtf8(ini.ReadString(kToolbars, std::string(bar) + "Hidden", ""));
+    const QStringList names = hidden.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    SetHiddenToolbarItems(QString::fromLatin1(bar), QSet<QString>(names.begin(), names.end()));
+  }
+
   FLoadingSettings = false;
 }
 
@@ -490,6 +500,14 @@ void TFrmViewer::SaveSettings() {
   ini.WriteBool(kFind, "FindForward", nav.FindForward);
   ini.WriteBool(kFind, "FindFromCursor", nav.FindFromCursor);
   ini.WriteBool(kFind, "FindInDetails", nav.FindInDetails);
+
+  // ---- Toolbars: a section only while some button is hidden
+  ini.EraseSection(kToolbars);
+  for (const char* bar : {"tbrMain", "tbrView"}) {
+    QStringList names = Toolbar(QString::fromLatin1(bar))->HiddenItems().values();
+    names.sort();
+    if (!names.isEmpty()) ini.WriteString(kToolbars, std::string(bar) + "Hidden", Utf8(names.join(QLatin1Char(','))));
+  }
 }
 
 }  // namespace zentrail
