@@ -148,8 +148,6 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
 
   FSeenProcessIDs.clear();
   FScratchPadNames.clear();
-  FHighlightColor = 0x00F0CDAA;
-  FHighlightFontColor = 0x00502805;
 
   FChannel = new TZTChannelServer(*this, this);
   FNavigator = std::make_unique<TZTNavigator>(*this);

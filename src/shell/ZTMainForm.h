@@ -24,6 +24,7 @@
 #include "ZTCustomViewIntf.h"
 #include "ZTLogTail.h"
 #include "ZTPlugInManager.h"
+#include "ZTSettingsModel.h"
 #include "ZentrailMessage.h"
 
 class QAction;
@@ -57,20 +58,6 @@ class IZTOrganizerHost;
 extern bool ztAlwaysOnTop;
 
 enum class TZTPane { Inspector, CallStack, ScratchPad };
-
-// A font as the settings file keeps it. Name is the face asked for, kept even where this machine
-// lacks it (the font in use then falls back to the system's), so that a user's choice survives a
-// run on another desktop. Style is the file's style number (ztStyleBold and the others).
-struct TZTFontSetting {
-  QString Name;
-  int32_t Size = 8;
-  TColor Color = 0;
-  int32_t Style = 0;
-  bool operator==(const TZTFontSetting&) const = default;
-};
-
-// Message types 0 to 45 have an entry in the table of type styles; entry 0 is the default.
-inline constexpr int ztMsgTypeStyleCount = 46;
 
 class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCopyDataTarget {
   Q_OBJECT
@@ -220,13 +207,13 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void MessagesArrived();
 
   // ---- Intake settings (the "General" section)
-  bool InsertSeparatorOnAppStart = false;
-  bool InsertSeparatorOnWakeUp = false;
-  bool SoundEffectOnWakeUp = false;
+  bool InsertSeparatorOnAppStart = TZTGeneralSection{}.InsertSeparatorOnAppStart;
+  bool InsertSeparatorOnWakeUp = TZTGeneralSection{}.InsertSeparatorOnWakeUp;
+  bool SoundEffectOnWakeUp = TZTGeneralSection{}.SoundEffectOnWakeUp;
   QString SoundEffectFile;
-  int32_t IdleTime = 10;
-  bool ConfirmOnClear = true;
-  bool AutoSaveProject = true;
+  int32_t IdleTime = TZTGeneralSection{}.IdleTime;
+  bool ConfirmOnClear = TZTGeneralSection{}.ConfirmOnClear;
+  bool AutoSaveProject = TZTGeneralSection{}.AutoSaveProject;
 
   // ---- Settings kept for features that read them elsewhere (organizer, projects, log files,
   // printing); the file gives them back unchanged whether or not they are used in this run.
@@ -235,8 +222,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QString LastProject;
   QString LastLogDir;
   QString LastProjectDir;
-  bool PrintSelection = true;
-  int32_t PrintFontSize = 8;
+  bool PrintSelection = TZTGeneralSection{}.PrintSelection;
+  int32_t PrintFontSize = TZTGeneralSection{}.PrintFontSize;
 
   // ---- The settings file
   // Reads every section in its order; each value goes through the setter its command uses.
@@ -287,9 +274,19 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void SetDisplayColors(const TZTDisplayColors& colors);
   TColor GetValueColor() const { return FValueColor; }
   int ScratchPadLightColor() const { return FScratchPadLightColor; }
+  void SetScratchPadLightColor(int index);
+  // The settings sections as the window has them now, and their application through the setters.
+  TZTDisplaySection CurrentDisplay();
+  TZTGeneralSection CurrentGeneral() const;
+  TZTViewerOptions CurrentOptions();
+  void ApplyPosition(const TZTPositionSection& position);
+  void ApplyDisplay(const TZTDisplaySection& display);
+  void ApplyGeneral(const TZTGeneralSection& general);
+  // What OK in the options dialog does with its values, in its order.
+  void ApplyOptions(const TZTViewerOptions& options);
 
   // The style of each message type; views read it through GetMsgTypeStyle.
-  std::array<TZTMsgTypeStyle, ztMsgTypeStyleCount> MsgTypeStyles{};
+  TZTMsgTypeStyles MsgTypeStyles{};
   // Tells every view that the type styles changed.
   void MsgTypeStylesChanged();
 
@@ -498,23 +495,24 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool FCallStackVisible = false;
   bool FScratchPadVisible = false;
   bool FDetailPanelVisible = false;
-  bool FAutoScroll = true;
-  bool FAutoCollapse = true;
+  bool FAutoScroll = TZTGeneralSection{}.AutoScroll;
+  bool FAutoCollapse = TZTGeneralSection{}.AutoCollapse;
   bool FFlattenStructure = false;
   bool FHideExtraColumns = false;
   uint16_t FColumnOptions = 0;
   int32_t FRowHeight = 17;
   QFont FMessageFont, FInspectorFont, FInspectorFixedFont;
-  TColor FHighlightColor = 0x00F0CDAA;
-  TColor FHighlightFontColor = 0x00502805;
-  TColor FMarkerColor = 0x00E6D8AD;
-  TColor FSyncMsgColor = 0x00AFEBFF;
-  TColor FSeparatorColor = 0x00E4AD89;
-  TColor FInactiveSeparatorColor = 0x00A0CDDE;
-  TColor FAppStartSeparatorColor = 0x00E4AD89;
-  TColor FValueColor = 0x008E3300;
-  bool FRowShading = true;
-  TColor FRowShadingColor = static_cast<TColor>(0xFF000010u);
+  // The defaults of the settings sections until LoadSettings applies the file.
+  TColor FHighlightColor = TZTDisplaySection{}.HighlightColor;
+  TColor FHighlightFontColor = TZTDisplaySection{}.HighlightFontColor;
+  TColor FMarkerColor = TZTDisplaySection{}.MarkerColor;
+  TColor FSyncMsgColor = TZTDisplaySection{}.SyncMsgColor;
+  TColor FSeparatorColor = TZTDisplaySection{}.SeparatorColor;
+  TColor FInactiveSeparatorColor = TZTDisplaySection{}.InactiveSeparatorColor;
+  TColor FAppStartSeparatorColor = TZTDisplaySection{}.AppStartSeparatorColor;
+  TColor FValueColor = TZTDisplaySection{}.ValueColor;
+  bool FRowShading = TZTDisplaySection{}.RowShading;
+  TColor FRowShadingColor = TZTDisplaySection{}.RowShadingColor;
   int FScratchPadLightColor = 0;
   bool FWrapButtons = false;
   TZTFontSetting FMessageFontSetting, FInspectorFontSetting, FInspectorFixedFontSetting;
