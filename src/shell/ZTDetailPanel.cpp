@@ -101,4 +101,44 @@ void TZTDetailPanel::paintEvent(QPaintEvent*) {
   p.drawLine(0, height() - 1, width(), height() - 1);
 }
 
+TZTMsgTypePanel::TZTMsgTypePanel(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("pnlMsgType"));
+  setAccessibleName(QStringLiteral("Message Content"));
+  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+}
+
+QSize TZTMsgTypePanel::sizeHint() const { return {26 + 11 + 2, 22}; }
+
+QPolygon TZTMsgTypePanel::Plate(int h) { return QPolygon({{0, 0}, {26, 0}, {26 + h / 2, h / 2}, {26, h}, {0, h}}); }
+
+void TZTMsgTypePanel::SetContent(const QPixmap& glyph, const QString& hint) {
+  FGlyph = glyph;
+  setToolTip(hint);
+  update();
+}
+
+void TZTMsgTypePanel::Clear() {
+  FGlyph = QPixmap();
+  setToolTip(QString());
+  update();
+}
+
+void TZTMsgTypePanel::paintEvent(QPaintEvent*) {
+  QPainter p(this);
+  p.setRenderHint(QPainter::Antialiasing, true);
+  const int h = height() - 1;
+  // The two chrome colours of the window, light to dark.
+  const QColor base = palette().color(QPalette::Window);
+  QLinearGradient g(0, 0, 0, h);
+  g.setColorAt(0, base.lighter(112));
+  g.setColorAt(1, base.darker(112));
+  p.setBrush(g);
+  p.setPen(palette().color(QPalette::Mid));
+  p.drawPolygon(Plate(h));
+  if (!FGlyph.isNull()) {
+    const QSize size = FGlyph.deviceIndependentSize().toSize();
+    p.drawPixmap((26 - size.width()) / 2 + 2, (h - size.height()) / 2 + 1, FGlyph);
+  }
+}
+
 }  // namespace zentrail

@@ -34,6 +34,8 @@
 #include "ZTCommandBar.h"
 #include "ZTDetailPanel.h"
 #include "ZTGlyphs.h"
+#include "ZTHelp.h"
+#include "ZTHelpBrowser.h"
 #include "ZTNavigator.h"
 #include "ZTPromptService.h"
 #include "ZTSound.h"
@@ -171,6 +173,13 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   SetActiveViewIndex(0);
   setAcceptDrops(true);
 
+  // Help pages show in the viewer's own help window.
+  SetDefaultHelpOpener([this](const QUrl& url) {
+    if (!FHelpBrowser) FHelpBrowser = new TZTHelpBrowser(this);
+    FHelpBrowser->ShowPage(url);
+    return true;
+  });
+
   qApp->installEventFilter(this);
   connect(qApp, &QGuiApplication::applicationStateChanged, this,
           [this](Qt::ApplicationState state) { ApplicationStateChanged(state); });
@@ -183,10 +192,13 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   UpdateCommandStates();
 }
 
+TZTHelpBrowser* TFrmViewer::HelpBrowser() const { return FHelpBrowser.data(); }
+
 void TFrmViewer::FormDestroy() {
   // No message may reach views that are going away.
   if (FChannel) FChannel->Close();
   qApp->removeEventFilter(this);
+  SetDefaultHelpOpener({});
   SaveSettings();
   UnbindActiveView();
   FViews.clear();

@@ -48,6 +48,8 @@ namespace zentrail {
 class TZTSoundPlayer;
 class TZTCommandBar;
 class TZTDetailPanel;
+class TZTMsgTypePanel;
+class TZTHelpBrowser;
 class TZTNavigator;
 class TZTInspectorPane;
 class TZTIniFile;
@@ -264,6 +266,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   static uint16_t FlipTimeColumn(uint16_t options, uint16_t bit);
   // The commands as the table made them, for those that list them.
   const TZTCommandRegistry& CommandTable() const { return *FCommands; }
+  // The help window, once help was shown.
+  TZTHelpBrowser* HelpBrowser() const;
   // Colours of the rows, the panes and the inspectors, handed to every view and pane at once.
   struct TZTDisplayColors {
     TColor Marker, SyncMsg, Separator, InactiveSeparator, AppStartSeparator, Value, Highlight, HighlightFont;
@@ -425,6 +429,7 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void ShowToolbarsMenu(const QPoint& globalPos);
   std::unique_ptr<TZTCommandRegistry> FCommands;
   QMenu* mnuMsgDetailsPopup = nullptr;
+  QPointer<TZTHelpBrowser> FHelpBrowser;
   QMenu* mnuToolbars = nullptr;
 
   // ---- Detail panes
@@ -432,7 +437,10 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   // message calls it right before it reads, as any walk of the store moves the one cursor.
   bool GotoFocusedRecord();
   void UpdateMessageCount();
+  // The content glyph and its hint for the focused message, from the store's current record.
+  void ShowMessageContent(const QString& date, const QString& time);
   QTimer* FCountsTimer = nullptr;
+  TZTMsgTypePanel* pnlMsgType = nullptr;
   // Whether the commands were last set for a view with rows: the first rows of a burst into an
   // empty view must enable them, without command updates on every message.
   bool FCommandsSawRows = false;

@@ -15,6 +15,7 @@
 
 #include "ZTDateTime.h"
 #include "ZTDetailPanel.h"
+#include "ZTImageList.h"
 #include "ZTInspectorPane.h"
 #include "ZTNavigator.h"
 #include "ZentrailMessageSet.h"
@@ -38,6 +39,8 @@ void TFrmViewer::CreateStatusBar() {
     bar->addWidget(label);
     return label;
   };
+  pnlMsgType = new TZTMsgTypePanel(bar);
+  bar->addWidget(pnlMsgType);
   stsTimeDiff = pane("stsTimeDiff");
   stsTimeDiff->setMinimumWidth(80);
   stsMsgNum = pane("stsMsgNum");
@@ -130,12 +133,14 @@ void TFrmViewer::UpdateMessageDetails() {
     HideInspectors();
     ClearCallStack();
     ClearDetails();
+    pnlMsgType->Clear();
     UpdateCommandStates();
     return;
   }
   if (!view || !FActiveList || view->GetCount() == 0) {
     HideInspectors();
     ClearCallStack();
+    pnlMsgType->Clear();
     UpdateCommandStates();
     return;
   }
@@ -159,10 +164,35 @@ void TFrmViewer::UpdateMessageDetails() {
   pnlMsgDetails->SetField(TZTDetailPanel::Computer, text(MessageSet.GetComputerName()));
   pnlMsgDetails->SetField(TZTDetailPanel::PID, QString::number(MessageSet.GetProcessID()));
   pnlMsgDetails->SetField(TZTDetailPanel::ThreadName, text(MessageSet.GetThreadName()));
-  pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
-  pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
+  const QString dateText = QLocale().toString(date, QLocale::ShortFormat);
+  const QString timeText = time.toString(QStringLiteral("H:mm:ss.zzz"));
+  pnlMsgDetails->SetField(TZTDetailPanel::Date, dateText);
+  pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, timeText);
+  ShowMessageContent(dateText, timeText);
   ShowInspector();
   UpdateCommandStates();
+}
+
+void TFrmViewer::ShowMessageContent(const QString& date, const QString& time) {
+  // Contents of 100 and above are a plug-in's own: one glyph and one name for all of them.
+  const int32_t content = MessageSet.GetMsgContent();
+  const bool custom = content >= 100 || content < 0 || content >= ztmTableCount;
+  const int image = custom ? 46 : content;
+  const QString name = custom ? QStringLiteral("Custom") : QString::fromLatin1(MsgTypeNames[content]);
+  auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); };
+  const QStringList lines = {name + QStringLiteral(" Message"),
+                             QString(40, QLatin1Char('-')),
+                             QStringLiteral("Category:\t") + text(MessageSet.GetCategory()),
+                             QStringLiteral("TypeName:\t") + text(MessageSet.GetTypeName()),
+                             QStringLiteral("AppName:\t") + text(MessageSet.GetAppName()),
+                             QStringLiteral("Computer:\t") + text(MessageSet.GetComputerName()),
+                             QStringLiteral("PID:\t\t") + QString::number(MessageSet.GetProcessID()),
+                             QStringLiteral("Thread:\t\t") + text(MessageSet.GetThreadName()),
+                             QStringLiteral("Date:\t\t") + date,
+                             QStringLiteral("TimeStamp:\t") + time};
+  TZTImageList* images = FNavigator->MessageImages();
+  pnlMsgType->SetContent(images && images->HasImage(image) ? images->Image(image) : QPixmap(),
+                         lines.join(QLatin1Char('\r')));
 }
 
 namespace {

@@ -310,6 +310,12 @@ void TFrmViewer::ApplyDisplay(const TZTDisplaySection& d) {
   FMainSplitFixed = d.MainSplitFixed;
   FLeftSplitFixed = d.LeftSplitFixed;
   FRightSplitFixed = d.RightSplitFixed;
+  // The design positions share the window as it opens: the inspector column takes three tenths of
+  // the width, the pads below a fifth of the height.
+  const int w = std::max(width(), 400), h = std::max(height(), 300);
+  splMain->setSizes({w * 7 / 10, w * 3 / 10});
+  splLeft->setSizes({h * 4 / 5, h / 5});
+  splRight->setSizes({h * 3 / 4, h / 4});
   ApplySplitterSizes();
   SetWrapButtons(d.WrapButtons);
   SetDetailPanelVisible(d.DetailPanel);
