@@ -9,6 +9,8 @@ namespace zentrail {
 namespace {
 const char* const kCaptions[] = {"Category", "Type Name", "App Name", "Computer",
                                  "PID",      "Thread",    "Date",     "TimeStamp"};
+const char* const kFieldNames[] = {"stsCategory", "stsTypeName", "stsAppName", "stsComputer",
+                                   "stsPID",      "stsThreadName", "stsDate",  "stsTimeStamp"};
 constexpr int kLabelWidth = 60;
 constexpr int kLabelHeight = 13;
 constexpr int kFieldHeight = 17;
@@ -25,6 +27,8 @@ TZTDetailPanel::TZTDetailPanel(QWidget* parent) : QWidget(parent) {
     FFields[i]->setAutoFillBackground(true);
     FFields[i]->setBackgroundRole(QPalette::Base);
     FFields[i]->setContentsMargins(3, 0, 3, 0);
+    FFields[i]->setAccessibleName(QString::fromLatin1(kCaptions[i]));
+    FFields[i]->setObjectName(QString::fromLatin1(kFieldNames[i]));
   }
   // The panel's own small face, so that the eight fields fit in one band.
   QFont small = font();

@@ -368,6 +368,17 @@ void TFrmViewer::CreateLayout() {
   pnlCallStack->hide();
   splRight->hide();
 
+  // Names for screen readers and keyboard users, where the widget shows no caption of its own.
+  tabViews->setAccessibleName(QStringLiteral("Views"));
+  grdScratchPad->setAccessibleName(QStringLiteral("Scratch Pad"));
+  tbrScratchPad->setAccessibleName(QStringLiteral("Scratch Pad Toolbar"));
+  lstCallStack->setAccessibleName(QStringLiteral("Call Stack"));
+  pnlMsgDetails->setAccessibleName(QStringLiteral("Message Details"));
+  FInspectorPane->setAccessibleName(QStringLiteral("Inspector"));
+  for (QAction* a : tbrScratchPad->actions())
+    if (QWidget* w = tbrScratchPad->widgetForAction(a)) w->setAccessibleName(a->text());
+  if (auto* more = tbrScratchPad->findChild<QWidget*>(QStringLiteral("qt_toolbar_ext_button")))
+    more->setAccessibleName(QStringLiteral("More Buttons"));
   setCentralWidget(pnlSeparator);
   resize(896, 780);
 }

@@ -31,9 +31,10 @@ QString FormatCount(qint64 n) { return QLocale(QLocale::English).toString(n); }
 void TFrmViewer::CreateStatusBar() {
   QStatusBar* bar = statusBar();
   bar->setObjectName(QStringLiteral("sbrMain"));
-  auto pane = [bar](const char* name) {
+  auto pane = [bar](const char* name, const char* accessible) {
     auto* label = new QLabel(bar);
     label->setObjectName(QString::fromLatin1(name));
+    label->setAccessibleName(QString::fromLatin1(accessible));
     label->setContentsMargins(4, 0, 4, 0);
     label->setAlignment(Qt::AlignCenter);
     bar->addWidget(label);
@@ -41,16 +42,17 @@ void TFrmViewer::CreateStatusBar() {
   };
   pnlMsgType = new TZTMsgTypePanel(bar);
   bar->addWidget(pnlMsgType);
-  stsTimeDiff = pane("stsTimeDiff");
+  stsTimeDiff = pane("stsTimeDiff", "Time Difference");
   stsTimeDiff->setMinimumWidth(80);
-  stsMsgNum = pane("stsMsgNum");
+  stsMsgNum = pane("stsMsgNum", "Message Number");
   stsMsgNum->setToolTip(QStringLiteral("Jump to Message"));
-  stsMsgCount = pane("stsMsgCount");
-  stsSelCount = pane("stsSelCount");
-  stsProject = pane("stsProject");
+  stsMsgCount = pane("stsMsgCount", "Message Count");
+  stsSelCount = pane("stsSelCount", "Selected Messages");
+  stsProject = pane("stsProject", "Project");
   stsProject->setMinimumWidth(60);
   pbrComplete = new QProgressBar(bar);
   pbrComplete->setObjectName(QStringLiteral("pbrComplete"));
+  pbrComplete->setAccessibleName(QStringLiteral("Progress"));
   pbrComplete->setFixedWidth(100);
   pbrComplete->setMaximumHeight(14);
   pbrComplete->setTextVisible(false);
@@ -59,6 +61,7 @@ void TFrmViewer::CreateStatusBar() {
   bar->addWidget(pbrComplete);
   stsMessage = new QLabel(bar);
   stsMessage->setObjectName(QStringLiteral("stsMessage"));
+  stsMessage->setAccessibleName(QStringLiteral("Status"));
   bar->addWidget(stsMessage, 1);
 
   // A tenth of a second: soon enough to read as at once, rare enough to cost nothing in a burst.
