@@ -139,6 +139,29 @@ void TFrmViewer::SetUpTabStrip() {
   connect(tabViews, &QTabBar::customContextMenuRequested, this,
           [this](const QPoint& pos) { ShowViewsMenu(tabViews->mapToGlobal(pos), tabViews->tabAt(pos)); });
 
+  // The tab list: every view by name, for when the strip scrolls.
+  auto* tabList = new QToolButton(pnlTabSet);
+  tabList->setObjectName(QStringLiteral("btnTabList"));
+  tabList->setAutoRaise(true);
+  tabList->setArrowType(Qt::DownArrow);
+  tabList->setPopupMode(QToolButton::InstantPopup);
+  tabList->setToolTip(QStringLiteral("Switch To View"));
+  tabList->setAccessibleName(tabList->toolTip());
+  tabList->setFocusPolicy(Qt::NoFocus);
+  auto* tabMenu = new QMenu(tabList);
+  connect(tabMenu, &QMenu::aboutToShow, this, [this, tabMenu] {
+    tabMenu->clear();
+    const int active = ActiveViewIndex();
+    for (int i = 0; i < tabViews->count(); ++i) {
+      QAction* item = tabMenu->addAction(tabViews->tabText(i));
+      item->setCheckable(true);
+      item->setChecked(i == active);
+      connect(item, &QAction::triggered, this, [this, i] { SetActiveViewIndex(i); });
+    }
+  });
+  tabList->setMenu(tabMenu);
+  if (auto* row = qobject_cast<QBoxLayout*>(pnlTabSet->layout())) row->addWidget(tabList);
+
   mnuViews = MakeMenu(QStringLiteral("mnuViews"));
   mnuSwitchToView = mnuViews->findChild<QMenu*>(QStringLiteral("mnuSwitchToView"));
   connect(mnuViews, &QMenu::aboutToShow, this, [this] { RebuildSwitchToView(); });
@@ -168,6 +191,8 @@ void TFrmViewer::UpdateTabCloseButtons() {
     }
     button->setVisible(i == active && enabled);
   }
+  if (auto* tabList = pnlTabSet->findChild<QWidget*>(QStringLiteral("btnTabList")))
+    tabList->setVisible(tabViews->count() > 1);
   // The strip is as high as its tabs need, however small the message font makes the rows.
   const int needed = tabViews->sizeHint().height();
   if (tabViews->count() > 1 && tabViews->height() < needed) {

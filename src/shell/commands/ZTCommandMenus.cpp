@@ -4,6 +4,8 @@
 #include <QMenu>
 #include <cstring>
 
+#include "ZTGlyphs.h"
+
 namespace zentrail {
 
 const std::vector<TZTMenuDef>& MainMenuDefs() {
@@ -132,6 +134,8 @@ void FillMenu(QMenu* menu, const TZTMenuDef& def, const std::function<QAction*(c
       if (const TZTMenuDef* sub = PopupDef(name)) {
         QMenu* child = menu->addMenu(QString::fromUtf8(sub->Caption));
         child->setObjectName(name);
+        if (name.contains(QLatin1String("ToggleBookmarks"))) child->setIcon(ShellGlyph("bookmarktoggle"));
+        if (name.contains(QLatin1String("JumpToBookmarks"))) child->setIcon(ShellGlyph("bookmarkjump"));
         FillMenu(child, *sub, action);
       }
     } else if (QAction* a = action(QString::fromLatin1(item))) {
