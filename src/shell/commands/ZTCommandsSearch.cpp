@@ -4,8 +4,8 @@
 #include "ZTMainForm.h"
 
 #include <QAction>
-#include <QByteArray>
-#include <memory>
+#include <array>
+#include <string>
 
 #include "ZTImageList.h"
 #include "ZTMsgView.h"
@@ -15,11 +15,25 @@ namespace zentrail {
 
 namespace {
 
-// Commands are named by literals elsewhere; these lists are made once and live for the process.
-const char* Keep(const QString& text) {
-  static std::vector<std::unique_ptr<QByteArray>> names;
-  names.push_back(std::make_unique<QByteArray>(text.toLatin1()));
-  return names.back()->constData();
+// The bookmark rows' texts, made once for the process: a row keeps pointers to them.
+struct TBookmarkTexts {
+  std::array<std::string, 10> ToggleName, ToggleCaption, ToggleKey, JumpName, JumpCaption, JumpKey;
+  TBookmarkTexts() {
+    for (size_t i = 0; i < 10; ++i) {
+      const std::string n = std::to_string(i);
+      ToggleName[i] = "actToggleBookmark" + n;
+      ToggleCaption[i] = "Toggle Bookmark &" + n;
+      ToggleKey[i] = "Shift+Ctrl+" + n;
+      JumpName[i] = "actJumpToBookmark" + n;
+      JumpCaption[i] = "Jump To Bookmark &" + n;
+      JumpKey[i] = "Ctrl+" + n;
+    }
+  }
+};
+
+const TBookmarkTexts& BookmarkTexts() {
+  static const TBookmarkTexts texts;
+  return texts;
 }
 
 }  // namespace
@@ -95,9 +109,9 @@ void TFrmViewer::AddSearchCommands() {
   // is there exactly while its toggle is checked.
   std::vector<TZTCommandDef> bookmarks;
   for (int32_t i = 0; i < 10; ++i) {
-    TZTCommandDef toggle{Keep(QStringLiteral("actToggleBookmark%1").arg(i)),
-                         Keep(QStringLiteral("Toggle Bookmark &%1").arg(i)), "",
-                         Keep(QStringLiteral("Shift+Ctrl+%1").arg(i))};
+    const TBookmarkTexts& t = BookmarkTexts();
+    const size_t at = static_cast<size_t>(i);
+    TZTCommandDef toggle{t.ToggleName[at].c_str(), t.ToggleCaption[at].c_str(), "", t.ToggleKey[at].c_str()};
     toggle.Execute = [&nav, i] { nav.ToggleBookmark(i); };
     toggle.Enabled = [](const TZTCommandFacts& f) { return f.Focus && f.List; };
     toggle.Checked = [i](const TZTCommandFacts& f) { return f.Bookmarks[static_cast<size_t>(i)]; };
@@ -106,8 +120,9 @@ void TFrmViewer::AddSearchCommands() {
     bookmarks.push_back(std::move(toggle));
   }
   for (int32_t i = 0; i < 10; ++i) {
-    TZTCommandDef jump{Keep(QStringLiteral("actJumpToBookmark%1").arg(i)),
-                       Keep(QStringLiteral("Jump To Bookmark &%1").arg(i)), "", Keep(QStringLiteral("Ctrl+%1").arg(i))};
+    const TBookmarkTexts& t = BookmarkTexts();
+    const size_t at = static_cast<size_t>(i);
+    TZTCommandDef jump{t.JumpName[at].c_str(), t.JumpCaption[at].c_str(), "", t.JumpKey[at].c_str()};
     jump.Execute = [&nav, i] { nav.JumpToBookmark(i); };
     jump.Enabled = [i](const TZTCommandFacts& f) { return f.Bookmarks[static_cast<size_t>(i)]; };
     jump.Tag = i;
