@@ -1,4 +1,5 @@
 #include "Dispatcher.h"
+#include "InheritedListener.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -87,14 +88,17 @@ bool TDispatcher::Setup() {
     if (FOptions.Verbose) Log("another dispatcher is running");
     return false;
   }
-  FUnixListen = ListenUnixSocket(FSocketPath, error);
+  // A socket from the service manager is the manager's: it stays when the dispatcher ends.
+  bool inherited = false;
+  FUnixListen = TakeInheritedListener(FSocketPath, inherited, error);
+  if (!inherited) FUnixListen = ListenUnixSocket(FSocketPath, error);
   if (FUnixListen < 0) {
     Log(error);
     return false;
   }
   fcntl(FUnixListen, F_SETFL, fcntl(FUnixListen, F_GETFL) | O_NONBLOCK);
   struct stat st {};
-  if (stat(FSocketPath.c_str(), &st) == 0) FSocketInode = st.st_ino;
+  if (!inherited && stat(FSocketPath.c_str(), &st) == 0) FSocketInode = st.st_ino;
 
   if (FOptions.Tcp && !OpenNetworkListener(SOCK_STREAM, FOptions.TcpPort, "dispatcher-tcp-port", FTcpListen, FPortFile))
     return false;

@@ -38,9 +38,12 @@ void Usage(FILE* out) {
       "  --idle-timeout-ms N  let go of a peer that stops within a frame, or connects over TCP\n"
       "                     and sends nothing, after N ms (default 30000)\n"
       "  --verbose          say what happens on standard error\n"
+      "  --help, --version  this text, or the version\n"
       "\n"
       "The runtime folder is $ZENTRAIL_RUNTIME_DIR, else $XDG_RUNTIME_DIR/zentrail, else\n"
-      "/tmp/zentrail-<uid>. SIGTERM or SIGINT ends the dispatcher after it has flushed its files.\n",
+      "/tmp/zentrail-<uid>. SIGTERM or SIGINT ends the dispatcher after it has flushed its files.\n"
+      "Started by a service manager with a listening socket (LISTEN_FDS, as systemd's socket\n"
+      "activation passes it), it takes that socket instead of making its own.\n",
       out);
 }
 
@@ -60,6 +63,9 @@ int main(int argc, char** argv) {
     };
     if (arg == "--help" || arg == "-h") {
       Usage(stdout);
+      return 0;
+    } else if (arg == "--version") {
+      std::puts("zentrail-dispatcher (Zentrail) " ZENTRAIL_VERSION_TEXT);
       return 0;
     } else if (arg == "--tcp") {
       options.Tcp = true;

@@ -1,24 +1,17 @@
 #include "ZentrailLogger.h"
 
-#include <cxxabi.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
 
+#include "ZTChannel.h"
 #include "ZTCommonUtils.h"
 #include "ZentrailPlatform.h"
 
 namespace zentrail {
 
-std::string ZentrailDemangle(const char* mangledName) {
-  int status = 0;
-  char* readable = abi::__cxa_demangle(mangledName, nullptr, nullptr, &status);
-  std::string name = (status == 0 && readable) ? readable : mangledName;
-  std::free(readable);
-  return name;
-}
+static_assert(ztMaxMessageBytes < ztMaxFrameSize, "a message must fit a frame with its identity fields");
 
 TZentrailLogger::TZentrailLogger() : FEnabled(ZentrailManager.Enabled()) {}
 
@@ -108,6 +101,17 @@ std::vector<std::string> DetailLines(std::string_view details) {
 
 int TZentrailLogger::InternalSend(int32_t msgType, int32_t msgContent, std::string_view typeName,
                                   std::string_view details, std::string_view text) {
+  // A message larger than a frame may be would be refused, and the refusal would switch this
+  // logger off for good. It is replaced by a short error that says what was not sent.
+  const std::size_t size = text.size() + details.size() + typeName.size();
+  if (size > ztMaxMessageBytes) {
+    std::size_t cut = std::min<std::size_t>(text.size(), 60);
+    while (cut > 0 && cut < text.size() && (static_cast<unsigned char>(text[cut]) & 0xC0) == 0x80) --cut;
+    char reason[160];
+    std::snprintf(reason, sizeof reason, "Send Data Error: a message of %zu bytes is larger than the %zu bytes a viewer takes; it was not sent: ",
+                  size, ztMaxMessageBytes);
+    return InternalSend(ztmError, ztmText, {}, {}, std::string(reason) + std::string(text.substr(0, cut)));
+  }
   TZentrailMessage message;
   ZentrailManager.GetTimeStamp(message.TimeStamp);
 

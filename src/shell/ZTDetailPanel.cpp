@@ -9,6 +9,8 @@ namespace zentrail {
 namespace {
 const char* const kCaptions[] = {"Category", "Type Name", "App Name", "Computer",
                                  "PID",      "Thread",    "Date",     "TimeStamp"};
+const char* const kFieldNames[] = {"stsCategory", "stsTypeName", "stsAppName", "stsComputer",
+                                   "stsPID",      "stsThreadName", "stsDate",  "stsTimeStamp"};
 constexpr int kLabelWidth = 60;
 constexpr int kLabelHeight = 13;
 constexpr int kFieldHeight = 17;
@@ -25,6 +27,8 @@ TZTDetailPanel::TZTDetailPanel(QWidget* parent) : QWidget(parent) {
     FFields[i]->setAutoFillBackground(true);
     FFields[i]->setBackgroundRole(QPalette::Base);
     FFields[i]->setContentsMargins(3, 0, 3, 0);
+    FFields[i]->setAccessibleName(QString::fromLatin1(kCaptions[i]));
+    FFields[i]->setObjectName(QString::fromLatin1(kFieldNames[i]));
   }
   // The panel's own small face, so that the eight fields fit in one band.
   QFont small = font();
@@ -99,6 +103,46 @@ void TZTDetailPanel::paintEvent(QPaintEvent*) {
   p.fillRect(rect(), g);
   p.setPen(palette().color(QPalette::Mid));
   p.drawLine(0, height() - 1, width(), height() - 1);
+}
+
+TZTMsgTypePanel::TZTMsgTypePanel(QWidget* parent) : QWidget(parent) {
+  setObjectName(QStringLiteral("pnlMsgType"));
+  setAccessibleName(QStringLiteral("Message Content"));
+  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+}
+
+QSize TZTMsgTypePanel::sizeHint() const { return {26 + 11 + 2, 22}; }
+
+QPolygon TZTMsgTypePanel::Plate(int h) { return QPolygon({{0, 0}, {26, 0}, {26 + h / 2, h / 2}, {26, h}, {0, h}}); }
+
+void TZTMsgTypePanel::SetContent(const QPixmap& glyph, const QString& hint) {
+  FGlyph = glyph;
+  setToolTip(hint);
+  update();
+}
+
+void TZTMsgTypePanel::Clear() {
+  FGlyph = QPixmap();
+  setToolTip(QString());
+  update();
+}
+
+void TZTMsgTypePanel::paintEvent(QPaintEvent*) {
+  QPainter p(this);
+  p.setRenderHint(QPainter::Antialiasing, true);
+  const int h = height() - 1;
+  // The two chrome colours of the window, light to dark.
+  const QColor base = palette().color(QPalette::Window);
+  QLinearGradient g(0, 0, 0, h);
+  g.setColorAt(0, base.lighter(112));
+  g.setColorAt(1, base.darker(112));
+  p.setBrush(g);
+  p.setPen(palette().color(QPalette::Mid));
+  p.drawPolygon(Plate(h));
+  if (!FGlyph.isNull()) {
+    const QSize size = FGlyph.deviceIndependentSize().toSize();
+    p.drawPixmap((26 - size.width()) / 2 + 2, (h - size.height()) / 2 + 1, FGlyph);
+  }
 }
 
 }  // namespace zentrail

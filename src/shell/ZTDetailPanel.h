@@ -33,4 +33,23 @@ class TZTDetailPanel : public QWidget {
   int FLabelWidth = 60;
 };
 
+// pnlMsgType: the glyph of the focused message's content on a slanted plate, with the message's
+// identity as its hint.
+class TZTMsgTypePanel : public QWidget {
+  Q_OBJECT
+ public:
+  explicit TZTMsgTypePanel(QWidget* parent = nullptr);
+  void SetContent(const QPixmap& glyph, const QString& hint);
+  void Clear();
+  QSize sizeHint() const override;
+  // The plate's outline for a panel of height h.
+  static QPolygon Plate(int height);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  QPixmap FGlyph;
+};
+
 }  // namespace zentrail

@@ -323,6 +323,201 @@ void Draw(QPainter& p, const char* name) {
   }
 }
 
+
+// The glyphs of the project, view, column, organizer and window commands.
+bool DrawMore(QPainter& p, const char* name) {
+  auto is = [name](const char* n) { return std::strcmp(name, n) == 0; };
+  p.setRenderHint(QPainter::Antialiasing, true);
+  auto page = [&p](const QRectF& r) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(r);
+  };
+  auto plus = [&p](double x, double y, const QColor& c) {
+    p.setPen(QPen(c, 2));
+    p.drawLine(QPointF(x - 2.5, y), QPointF(x + 2.5, y));
+    p.drawLine(QPointF(x, y - 2.5), QPointF(x, y + 2.5));
+  };
+  auto minus = [&p](double x, double y, const QColor& c) {
+    p.setPen(QPen(c, 2));
+    p.drawLine(QPointF(x - 2.5, y), QPointF(x + 2.5, y));
+  };
+  auto arrow = [&p](double x1, double x2, double y) {
+    p.setPen(QPen(kAccent, 2));
+    p.drawLine(QPointF(x1, y), QPointF(x2, y));
+    p.setPen(Qt::NoPen);
+    p.setBrush(kAccent);
+    const double d = x2 > x1 ? 1 : -1;
+    p.drawPolygon(QPolygonF({QPointF(x2 + d * 2, y), QPointF(x2 - d * 2, y - 3.5), QPointF(x2 - d * 2, y + 3.5)}));
+  };
+  const QColor green(0x3c, 0xa0, 0x4a), red(0xd0, 0x30, 0x30);
+  // A project: a box of stacked pages.
+  auto project = [&] {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(QColor(0xdd, 0xe6, 0xf3));
+    p.drawRect(QRectF(3.5, 1.5, 10, 9));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 4.5, 10, 10));
+    p.fillRect(QRectF(2, 5, 9.5, 2.5), kAccent);
+  };
+  // A view: a page with a tab on top.
+  auto view = [&] {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kAccent.lighter(150));
+    p.drawRect(QRectF(1.5, 1.5, 6, 3));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 4.5, 11, 10));
+    Lines(p, 3.5, 7.5, 7, 3, 2);
+  };
+  // Columns: a grid of three columns.
+  auto columns = [&] {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 2.5, 13, 11));
+    p.fillRect(QRectF(2, 3, 12.5, 2.5), kAccent.lighter(140));
+    p.drawLine(QPointF(5.5, 2.5), QPointF(5.5, 13.5));
+    p.drawLine(QPointF(9.5, 2.5), QPointF(9.5, 13.5));
+  };
+  if (is("newproject")) {
+    project();
+    plus(12.5, 12.5, green);
+  } else if (is("openproject")) {
+    project();
+    arrow(8, 14, 12.5);
+  } else if (is("saveproject")) {
+    project();
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kAccent);
+    p.drawRect(QRectF(9.5, 9.5, 6, 6));
+  } else if (is("newview")) {
+    view();
+    plus(12.5, 12, green);
+  } else if (is("removeview") || is("removeallviews")) {
+    view();
+    minus(12.5, 12, red);
+    if (is("removeallviews")) minus(12.5, 8, red);
+  } else if (is("moveleft") || is("viewprior")) {
+    view();
+    arrow(14.5, 8.5, 12);
+  } else if (is("moveright") || is("viewnext")) {
+    view();
+    arrow(8.5, 14.5, 12);
+  } else if (is("organize") || is("autoorganize") || is("organizesettings")) {
+    // Messages sorted into tabs.
+    p.setPen(QPen(kInk, 1));
+    for (int i = 0; i < 3; ++i) {
+      p.setBrush(i == 0 ? kAccent.lighter(140) : kPaper);
+      p.drawRect(QRectF(1.5 + i * 4.5, 1.5, 4, 3));
+    }
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 4.5, 13, 10));
+    Lines(p, 3.5, 7.5, 9, 3, 2);
+    if (is("autoorganize")) {
+      p.setPen(QPen(green, 1.6));
+      p.setBrush(Qt::NoBrush);
+      p.drawArc(QRectF(8, 8, 7, 7), 30 * 16, 270 * 16);
+    } else if (is("organizesettings")) {
+      p.setPen(QPen(kInk, 1));
+      p.setBrush(QColor(0xf2, 0xc6, 0x1f));
+      p.drawEllipse(QPointF(12, 12), 3, 3);
+      p.setBrush(kPaper);
+      p.drawEllipse(QPointF(12, 12), 1, 1);
+    }
+  } else if (is("selectcolumns")) {
+    columns();
+    p.setPen(QPen(green, 1.8));
+    p.drawLine(QPointF(9, 10), QPointF(11, 12.5));
+    p.drawLine(QPointF(11, 12.5), QPointF(15, 7));
+  } else if (is("hidecolumns")) {
+    columns();
+    p.fillRect(QRectF(10, 6, 4.5, 7.5), QColor(0xc9, 0xd3, 0xe2));
+  } else if (is("msgonly")) {
+    page(QRectF(1.5, 2.5, 13, 11));
+    Lines(p, 3.5, 5.5, 9, 4, 2);
+  } else if (is("alldetails")) {
+    columns();
+    Lines(p, 2.5, 8, 2, 3, 2);
+    Lines(p, 6.5, 8, 2, 3, 2);
+    Lines(p, 10.5, 8, 3, 3, 2);
+  } else if (is("options")) {
+    // A cog.
+    p.setPen(Qt::NoPen);
+    p.setBrush(kInk);
+    for (int i = 0; i < 8; ++i) {
+      p.save();
+      p.translate(8, 8);
+      p.rotate(i * 45);
+      p.drawRect(QRectF(-1.5, -7.5, 3, 3.5));
+      p.restore();
+    }
+    p.drawEllipse(QPointF(8, 8), 5, 5);
+    p.setBrush(kPaper);
+    p.drawEllipse(QPointF(8, 8), 2, 2);
+  } else if (is("plugins")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kAccent.lighter(140));
+    p.drawRect(QRectF(2.5, 5.5, 9, 9));
+    p.drawRect(QRectF(5, 2.5, 1.5, 3));
+    p.drawRect(QRectF(8, 2.5, 1.5, 3));
+    p.drawRect(QRectF(11.5, 8.5, 3, 3));
+  } else if (is("help")) {
+    p.setPen(QPen(kAccent.darker(120), 1));
+    p.setBrush(kAccent);
+    p.drawEllipse(QRectF(1.5, 1.5, 13, 13));
+    QFont f;
+    f.setPixelSize(11);
+    f.setBold(true);
+    p.setFont(f);
+    p.setPen(Qt::white);
+    p.drawText(QRectF(1.5, 1.5, 13, 13), Qt::AlignCenter, QStringLiteral("?"));
+  } else if (is("expandmethod") || is("collapsemethod") || is("expandall") || is("collapseall")) {
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(kPaper);
+    p.drawRect(QRectF(1.5, 3.5, 9, 9));
+    p.drawLine(QPointF(3.5, 8), QPointF(8.5, 8));
+    if (is("expandmethod") || is("expandall")) p.drawLine(QPointF(6, 5.5), QPointF(6, 10.5));
+    if (is("expandall") || is("collapseall")) {
+      Lines(p, 12, 3.5, 2.5, 1, 0);
+      Lines(p, 12, 8, 2.5, 1, 0);
+      Lines(p, 12, 12.5, 2.5, 1, 0);
+    } else {
+      p.setPen(QPen(kAccent, 1.5));
+      p.drawLine(QPointF(13, 2), QPointF(13, 14));
+    }
+  } else if (is("export")) {
+    page(QRectF(1.5, 1.5, 9, 13));
+    Lines(p, 3.5, 4.5, 5, 3, 2);
+    arrow(7, 14, 11);
+  } else if (is("printinspector") || is("copyinspector")) {
+    Window(p, QRectF(1.5, 1.5, 10, 9));
+    p.fillRect(QRectF(6.5, 4.5, 4.5, 5.5), kAccent.lighter(150));
+    p.setPen(QPen(kInk, 1));
+    p.setBrush(is("printinspector") ? QColor(0xc9, 0xd3, 0xe2) : kPaper);
+    p.drawRect(QRectF(7.5, 8.5, 7, 6));
+  } else if (is("edit")) {
+    page(QRectF(1.5, 1.5, 10, 13));
+    Lines(p, 3.5, 4.5, 6, 2, 2.5);
+    p.setPen(QPen(QColor(0xe0, 0x9a, 0x2a), 2.2));
+    p.drawLine(QPointF(6, 13), QPointF(14, 5));
+  } else if (is("crop")) {
+    p.setPen(QPen(kInk, 1.6));
+    p.drawLine(QPointF(4, 1), QPointF(4, 12));
+    p.drawLine(QPointF(4, 12), QPointF(15, 12));
+    p.drawLine(QPointF(1, 4), QPointF(12, 4));
+    p.drawLine(QPointF(12, 4), QPointF(12, 15));
+    p.fillRect(QRectF(5, 5, 6, 6), kAccent.lighter(150));
+  } else if (is("selectall")) {
+    p.fillRect(QRectF(2, 3, 12, 10), kAccent.lighter(160));
+    Lines(p, 3, 5.5, 10, 3, 2.5);
+    p.setPen(QPen(kAccent, 1, Qt::DashLine));
+    p.setBrush(Qt::NoBrush);
+    p.drawRect(QRectF(1.5, 2.5, 13, 11));
+  } else {
+    return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 QIcon ShellGlyph(const char* name) {
@@ -332,7 +527,7 @@ QIcon ShellGlyph(const char* name) {
     pixmap.fill(Qt::transparent);
     QPainter p(&pixmap);
     p.scale(scale, scale);
-    Draw(p, name);
+    if (!DrawMore(p, name)) Draw(p, name);
     p.end();
     pixmap.setDevicePixelRatio(scale);
     icon.addPixmap(pixmap);
@@ -350,9 +545,10 @@ QPixmap NavigatorGlyph(const TZTImageList* images, int code) {
 }
 
 QPixmap ScratchPadLight(int index, int size) {
-  static const QColor lit[] = {QColor(0x3c, 0xc8, 0x4b), QColor(0xe0, 0x3c, 0x31), QColor(0xf2, 0xc6, 0x1f),
-                               QColor(0x2f, 0x7f, 0xd0), QColor(0xf0, 0x8c, 0x1e), QColor(0x8e, 0x4c, 0xc8),
-                               QColor(0xf4, 0xf4, 0xf4)};
+  // In the order of the options' list: red, orange, yellow, green, blue, indigo, violet.
+  static const QColor lit[] = {QColor(0xe0, 0x3c, 0x31), QColor(0xf0, 0x8c, 0x1e), QColor(0xf2, 0xc6, 0x1f),
+                               QColor(0x3c, 0xc8, 0x4b), QColor(0x2f, 0x7f, 0xd0), QColor(0x4b, 0x3c, 0xb4),
+                               QColor(0x9a, 0x4c, 0xc8)};
   QPixmap pixmap(size, size);
   pixmap.fill(Qt::transparent);
   QPainter p(&pixmap);

@@ -31,8 +31,11 @@
 #include <unistd.h>
 
 #include "ZTChannel.h"
+#include "ZTCommandBar.h"
 #include "ZTDetailPanel.h"
 #include "ZTGlyphs.h"
+#include "ZTHelp.h"
+#include "ZTHelpBrowser.h"
 #include "ZTNavigator.h"
 #include "ZTPromptService.h"
 #include "ZTSound.h"
@@ -147,8 +150,6 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
 
   FSeenProcessIDs.clear();
   FScratchPadNames.clear();
-  FHighlightColor = 0x00F0CDAA;
-  FHighlightFontColor = 0x00502805;
 
   FChannel = new TZTChannelServer(*this, this);
   FNavigator = std::make_unique<TZTNavigator>(*this);
@@ -172,6 +173,13 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   SetActiveViewIndex(0);
   setAcceptDrops(true);
 
+  // Help pages show in the viewer's own help window.
+  SetDefaultHelpOpener([this](const QUrl& url) {
+    if (!FHelpBrowser) FHelpBrowser = new TZTHelpBrowser(this);
+    FHelpBrowser->ShowPage(url);
+    return true;
+  });
+
   qApp->installEventFilter(this);
   connect(qApp, &QGuiApplication::applicationStateChanged, this,
           [this](Qt::ApplicationState state) { ApplicationStateChanged(state); });
@@ -184,10 +192,13 @@ void TFrmViewer::FormCreate(const QStringList& arguments) {
   UpdateCommandStates();
 }
 
+TZTHelpBrowser* TFrmViewer::HelpBrowser() const { return FHelpBrowser.data(); }
+
 void TFrmViewer::FormDestroy() {
   // No message may reach views that are going away.
   if (FChannel) FChannel->Close();
   qApp->removeEventFilter(this);
+  SetDefaultHelpOpener({});
   SaveSettings();
   UnbindActiveView();
   FViews.clear();
@@ -206,7 +217,10 @@ void TFrmViewer::CreateLayout() {
   pnlSeparator = new QWidget(this);
   pnlSeparator->setObjectName(QStringLiteral("pnlSeparator"));
   auto* outer = new QVBoxLayout(pnlSeparator);
-  outer->setContentsMargins(2, 2, 2, 0);
+  outer->setContentsMargins(2, 0, 2, 0);
+  outer->setSpacing(2);
+  tbrMain = new TZTCommandBar(QStringLiteral("tbrMain"), QStringLiteral("Main"), pnlSeparator);
+  outer->addWidget(tbrMain);
   splMain = new QSplitter(Qt::Horizontal, pnlSeparator);
   splMain->setObjectName(QStringLiteral("splMain"));
   splMain->setChildrenCollapsible(false);
@@ -224,9 +238,7 @@ void TFrmViewer::CreateLayout() {
   auto* views = new QVBoxLayout(pnlViews);
   views->setContentsMargins(0, 0, 0, 0);
   views->setSpacing(0);
-  tbrView = new QToolBar(QStringLiteral("View"), pnlViews);
-  tbrView->setObjectName(QStringLiteral("tbrView"));
-  tbrView->setIconSize(QSize(16, 16));
+  tbrView = new TZTCommandBar(QStringLiteral("tbrView"), QStringLiteral("View"), pnlViews);
   views->addWidget(tbrView);
   pnlTabSet = new QWidget(pnlViews);
   pnlTabSet->setObjectName(QStringLiteral("pnlTabSet"));
@@ -356,6 +368,17 @@ void TFrmViewer::CreateLayout() {
   pnlCallStack->hide();
   splRight->hide();
 
+  // Names for screen readers and keyboard users, where the widget shows no caption of its own.
+  tabViews->setAccessibleName(QStringLiteral("Views"));
+  grdScratchPad->setAccessibleName(QStringLiteral("Scratch Pad"));
+  tbrScratchPad->setAccessibleName(QStringLiteral("Scratch Pad Toolbar"));
+  lstCallStack->setAccessibleName(QStringLiteral("Call Stack"));
+  pnlMsgDetails->setAccessibleName(QStringLiteral("Message Details"));
+  FInspectorPane->setAccessibleName(QStringLiteral("Inspector"));
+  for (QAction* a : tbrScratchPad->actions())
+    if (QWidget* w = tbrScratchPad->widgetForAction(a)) w->setAccessibleName(a->text());
+  if (auto* more = tbrScratchPad->findChild<QWidget*>(QStringLiteral("qt_toolbar_ext_button")))
+    more->setAccessibleName(QStringLiteral("More Buttons"));
   setCentralWidget(pnlSeparator);
   resize(896, 780);
 }

@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QMainWindow>
 #include <QPointer>
+#include <QSet>
 #include <QStringList>
 #include <array>
 #include <cstdint>
@@ -19,9 +20,11 @@
 
 #include "TransportPacket.h"
 #include "ZTChannelServer.h"
+#include "ZTCommandTable.h"
 #include "ZTCustomViewIntf.h"
 #include "ZTLogTail.h"
 #include "ZTPlugInManager.h"
+#include "ZTSettingsModel.h"
 #include "ZentrailMessage.h"
 
 class QAction;
@@ -43,7 +46,10 @@ class QToolBar;
 namespace zentrail {
 
 class TZTSoundPlayer;
+class TZTCommandBar;
 class TZTDetailPanel;
+class TZTMsgTypePanel;
+class TZTHelpBrowser;
 class TZTNavigator;
 class TZTInspectorPane;
 class TZTIniFile;
@@ -54,20 +60,6 @@ class IZTOrganizerHost;
 extern bool ztAlwaysOnTop;
 
 enum class TZTPane { Inspector, CallStack, ScratchPad };
-
-// A font as the settings file keeps it. Name is the face asked for, kept even where this machine
-// lacks it (the font in use then falls back to the system's), so that a user's choice survives a
-// run on another desktop. Style is the file's style number (ztStyleBold and the others).
-struct TZTFontSetting {
-  QString Name;
-  int32_t Size = 8;
-  TColor Color = 0;
-  int32_t Style = 0;
-  bool operator==(const TZTFontSetting&) const = default;
-};
-
-// Message types 0 to 45 have an entry in the table of type styles; entry 0 is the default.
-inline constexpr int ztMsgTypeStyleCount = 46;
 
 class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCopyDataTarget {
   Q_OBJECT
@@ -217,13 +209,13 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void MessagesArrived();
 
   // ---- Intake settings (the "General" section)
-  bool InsertSeparatorOnAppStart = false;
-  bool InsertSeparatorOnWakeUp = false;
-  bool SoundEffectOnWakeUp = false;
+  bool InsertSeparatorOnAppStart = TZTGeneralSection{}.InsertSeparatorOnAppStart;
+  bool InsertSeparatorOnWakeUp = TZTGeneralSection{}.InsertSeparatorOnWakeUp;
+  bool SoundEffectOnWakeUp = TZTGeneralSection{}.SoundEffectOnWakeUp;
   QString SoundEffectFile;
-  int32_t IdleTime = 10;
-  bool ConfirmOnClear = true;
-  bool AutoSaveProject = true;
+  int32_t IdleTime = TZTGeneralSection{}.IdleTime;
+  bool ConfirmOnClear = TZTGeneralSection{}.ConfirmOnClear;
+  bool AutoSaveProject = TZTGeneralSection{}.AutoSaveProject;
 
   // ---- Settings kept for features that read them elsewhere (organizer, projects, log files,
   // printing); the file gives them back unchanged whether or not they are used in this run.
@@ -232,8 +224,8 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QString LastProject;
   QString LastLogDir;
   QString LastProjectDir;
-  bool PrintSelection = true;
-  int32_t PrintFontSize = 8;
+  bool PrintSelection = TZTGeneralSection{}.PrintSelection;
+  int32_t PrintFontSize = TZTGeneralSection{}.PrintFontSize;
 
   // ---- The settings file
   // Reads every section in its order; each value goes through the setter its command uses.
@@ -262,6 +254,20 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void SetHideExtraColumns(bool hide);
   void SetWrapButtons(bool wrap);
   bool WrapButtons() const { return FWrapButtons; }
+  // Which buttons the toolbars show: the toolbar customising dialog, and its result by toolbar.
+  void CustomizeToolbars();
+  void SetHiddenToolbarItems(const QString& toolbar, const QSet<QString>& names);
+  TZTCommandBar* Toolbar(const QString& name) const;
+  // The column dialog: the column bits alone.
+  void SelectColumns();
+  // The options dialog.
+  void ShowOptions();
+  // A time column command's result: its bit on and the other two off, or all three off.
+  static uint16_t FlipTimeColumn(uint16_t options, uint16_t bit);
+  // The commands as the table made them, for those that list them.
+  const TZTCommandRegistry& CommandTable() const { return *FCommands; }
+  // The help window, once help was shown.
+  TZTHelpBrowser* HelpBrowser() const;
   // Colours of the rows, the panes and the inspectors, handed to every view and pane at once.
   struct TZTDisplayColors {
     TColor Marker, SyncMsg, Separator, InactiveSeparator, AppStartSeparator, Value, Highlight, HighlightFont;
@@ -272,9 +278,19 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   void SetDisplayColors(const TZTDisplayColors& colors);
   TColor GetValueColor() const { return FValueColor; }
   int ScratchPadLightColor() const { return FScratchPadLightColor; }
+  void SetScratchPadLightColor(int index);
+  // The settings sections as the window has them now, and their application through the setters.
+  TZTDisplaySection CurrentDisplay();
+  TZTGeneralSection CurrentGeneral() const;
+  TZTViewerOptions CurrentOptions();
+  void ApplyPosition(const TZTPositionSection& position);
+  void ApplyDisplay(const TZTDisplaySection& display);
+  void ApplyGeneral(const TZTGeneralSection& general);
+  // What OK in the options dialog does with its values, in its order.
+  void ApplyOptions(const TZTViewerOptions& options);
 
   // The style of each message type; views read it through GetMsgTypeStyle.
-  std::array<TZTMsgTypeStyle, ztMsgTypeStyleCount> MsgTypeStyles{};
+  TZTMsgTypeStyles MsgTypeStyles{};
   // Tells every view that the type styles changed.
   void MsgTypeStylesChanged();
 
@@ -286,10 +302,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QTableWidget* ScratchPadGrid() const { return grdScratchPad; }
   QListWidget* CallStackList() const { return lstCallStack; }
   QAction* Action(const QString& name) const;
-  // The one factory of the window's commands: the action is named, owned by the window, reachable
-  // by its shortcut from anywhere in it, and found again through Action(name).
-  QAction* AddCommand(const char* name, const QString& caption, const QString& hint, const QKeySequence& key,
-                      const char* glyph, std::function<void()> handler, bool checkable = false);
   TZTInspectorPane* InspectorPane() const { return FInspectorPane; }
   TZTNavigator& Navigator() const { return *FNavigator; }
   int WakeUpSoundsPlayed() const { return FWakeUpSounds; }
@@ -367,24 +379,20 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   IZTMessageView* CreateViewPage(const TZTViewFactory& factory);
   void UnbindActiveView();
   void PrintInspectorContents();
-  void UpdateStatusCounts();
+  // selected: the view's count of selected rows when the caller has it, else -1.
+  void UpdateStatusCounts(int32_t selected = -1);
   void RefreshCallStack(IZTMessageView* view);
   void ApplyChromeColours();
   void ArrangeScratchPad();
   void tabViewsChange(int index);
 
   // ---- View tabs, projects, the organizer and plug-ins
-  void CreateViewCommands();
   void SetUpTabStrip();
-  void CreateProjectCommands();
-  void CreateOrganizerCommands();
-  void UpdateProjectCommandStates();
-  void UpdateOrganizerCommandStates();
+  void SetUpOrganizer();
   void UpdateTabCloseButtons();
   void RebuildSwitchToView();
   void StartRenameView(int index);
   void RemoveViewAt(int index);
-  void UpdateViewCommandStates();
   void tabViewsTabOrderChange(int from, int to);
   void ShowViewsMenu(const QPoint& globalPos, int tabIndex);
   void RefreshProjectStatus();
@@ -405,21 +413,39 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QString FProjectFolder;
   void ApplicationStateChanged(Qt::ApplicationState state);
 
+  // ---- Commands, menus, toolbars
+  void AddFileCommands();
+  void AddEditCommands();
+  void AddSearchCommands();
+  void AddViewCommands();
+  void AddMethodCommands();
+  void AddOrganizeCommands();
+  void AddToolsCommands();
+  void AddHelpCommands();
+  void ModifyViewCommand();
+  TZTCommandFacts GatherCommandFacts();
+  void UpdateToggleMethodCommand(const TZTCommandFacts& facts);
+  QMenu* MakeMenu(const QString& name);
+  void ShowToolbarsMenu(const QPoint& globalPos);
+  std::unique_ptr<TZTCommandRegistry> FCommands;
+  QMenu* mnuMsgDetailsPopup = nullptr;
+  QPointer<TZTHelpBrowser> FHelpBrowser;
+  QMenu* mnuToolbars = nullptr;
+
   // ---- Detail panes
   // Goes to the active view's focused record; false without one. Every reader of the focused
   // message calls it right before it reads, as any walk of the store moves the one cursor.
   bool GotoFocusedRecord();
   void UpdateMessageCount();
+  // The content glyph and its hint for the focused message, from the store's current record.
+  void ShowMessageContent(const QString& date, const QString& time);
   QTimer* FCountsTimer = nullptr;
+  TZTMsgTypePanel* pnlMsgType = nullptr;
   // Whether the commands were last set for a view with rows: the first rows of a burst into an
   // empty view must enable them, without command updates on every message.
   bool FCommandsSawRows = false;
 
   // ---- Log files, following a log, printing and editing
-  void CreateFileCommands();
-  void UpdateFileCommandStates(bool hasRows);
-  void CreateEditCommands();
-  void UpdateEditCommandStates(bool hasRows, bool hasFocus, bool hasSelection, int32_t focusedType);
   // The adding path of a record read from a log: separators are made anew, all else is processed.
   void AddLogRecord(const TZentrailPacketView& record);
   void ShowInvalidLog(const QString& path, const QString& note);
@@ -477,23 +503,24 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   bool FCallStackVisible = false;
   bool FScratchPadVisible = false;
   bool FDetailPanelVisible = false;
-  bool FAutoScroll = true;
-  bool FAutoCollapse = true;
+  bool FAutoScroll = TZTGeneralSection{}.AutoScroll;
+  bool FAutoCollapse = TZTGeneralSection{}.AutoCollapse;
   bool FFlattenStructure = false;
   bool FHideExtraColumns = false;
   uint16_t FColumnOptions = 0;
   int32_t FRowHeight = 17;
   QFont FMessageFont, FInspectorFont, FInspectorFixedFont;
-  TColor FHighlightColor = 0x00F0CDAA;
-  TColor FHighlightFontColor = 0x00502805;
-  TColor FMarkerColor = 0x00E6D8AD;
-  TColor FSyncMsgColor = 0x00AFEBFF;
-  TColor FSeparatorColor = 0x00E4AD89;
-  TColor FInactiveSeparatorColor = 0x00A0CDDE;
-  TColor FAppStartSeparatorColor = 0x00E4AD89;
-  TColor FValueColor = 0x008E3300;
-  bool FRowShading = true;
-  TColor FRowShadingColor = static_cast<TColor>(0xFF000010u);
+  // The defaults of the settings sections until LoadSettings applies the file.
+  TColor FHighlightColor = TZTDisplaySection{}.HighlightColor;
+  TColor FHighlightFontColor = TZTDisplaySection{}.HighlightFontColor;
+  TColor FMarkerColor = TZTDisplaySection{}.MarkerColor;
+  TColor FSyncMsgColor = TZTDisplaySection{}.SyncMsgColor;
+  TColor FSeparatorColor = TZTDisplaySection{}.SeparatorColor;
+  TColor FInactiveSeparatorColor = TZTDisplaySection{}.InactiveSeparatorColor;
+  TColor FAppStartSeparatorColor = TZTDisplaySection{}.AppStartSeparatorColor;
+  TColor FValueColor = TZTDisplaySection{}.ValueColor;
+  bool FRowShading = TZTDisplaySection{}.RowShading;
+  TColor FRowShadingColor = TZTDisplaySection{}.RowShadingColor;
   int FScratchPadLightColor = 0;
   bool FWrapButtons = false;
   TZTFontSetting FMessageFontSetting, FInspectorFontSetting, FInspectorFixedFontSetting;
@@ -512,13 +539,13 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
 
   // ---- Widgets
   TZTChannelServer* FChannel = nullptr;
-  QToolBar* tbrMain = nullptr;
+  TZTCommandBar* tbrMain = nullptr;
   QWidget* pnlSeparator = nullptr;
   QSplitter* splMain = nullptr;
   QSplitter* splLeft = nullptr;
   QSplitter* splRight = nullptr;
   QWidget* pnlViews = nullptr;
-  QToolBar* tbrView = nullptr;
+  TZTCommandBar* tbrView = nullptr;
   QWidget* pnlTabSet = nullptr;
   QTabBar* tabViews = nullptr;
   QStackedWidget* nbkViews = nullptr;
@@ -542,7 +569,6 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QProgressBar* pbrComplete = nullptr;
   QLabel* stsMessage = nullptr;
   QMenu* mnuMessageList = nullptr;
-  std::map<QString, QAction*> FActions;
   std::unique_ptr<TZTImageList> FScratchPadImages;
 
   // ---- Throughput: the records of a batch frame go to the views inside one bracket

@@ -14,46 +14,6 @@
 
 namespace zentrail {
 
-void TFrmViewer::CreateEditCommands() {
-  AddCommand("actEditMessage", QStringLiteral("&Edit Message"), QStringLiteral("Edit Message"), QKeySequence(Qt::Key_F2),
-             nullptr, [this] {
-               if (!FActiveList) return;
-               const int32_t row = FActiveList->GetFocusedMsgIndex();
-               if (row >= 0) FActiveList->EditMessage(row);
-               UpdateCommandStates();
-             });
-  AddCommand("actAddNote", QStringLiteral("Add &Note"), QStringLiteral("Add Note"), {}, "note", [this] { AddNote(); });
-  AddCommand("actAddCheckPoint", QStringLiteral("Add Check&Point"), QStringLiteral("Add CheckPoint"), {}, "checkpoint",
-             [this] { AddCheckPoint(); });
-  QAction* remove = AddCommand("actDelete", QStringLiteral("&Delete"), QStringLiteral("Delete Selected Messages"),
-                               QKeySequence(Qt::Key_Delete), "delete", [this] {
-                                 if (IZTMessageView* view = ActiveView()) view->DeleteSelection();
-                                 UpdateMessageDetails();
-                                 UpdateCommandStates();
-                               });
-  // Del takes rows out only where the rows have the focus; in the scratch pad or an editor the
-  // key keeps its own meaning. The views' notebook is made after the commands, so the key is
-  // bound to it at the first update of the states.
-  removeAction(remove);
-  remove->setShortcutContext(Qt::WidgetWithChildrenShortcut);
-  AddCommand("actCropToSelection", QStringLiteral("C&rop to Selection"), QString(), {}, nullptr, [this] {
-    if (IZTMessageView* view = ActiveView()) view->CropToSelection();
-    UpdateMessageDetails();
-    UpdateCommandStates();
-  });
-}
-
-void TFrmViewer::UpdateEditCommandStates(bool hasRows, bool hasFocus, bool hasSelection, int32_t focusedType) {
-  auto set = [this](const char* name, bool enabled) {
-    if (QAction* a = Action(QString::fromLatin1(name))) a->setEnabled(enabled);
-  };
-  if (QAction* remove = Action(QStringLiteral("actDelete")); remove && nbkViews && !nbkViews->actions().contains(remove))
-    nbkViews->addAction(remove);
-  set("actEditMessage", hasFocus && FActiveList && focusedType != ztmSeparator && focusedType != ztmInactiveSeparator);
-  set("actDelete", hasRows && hasSelection);
-  set("actCropToSelection", hasRows && hasSelection);
-}
-
 void TFrmViewer::AddNote() {
   IZTMessageView* view = ActiveView();
   if (!view) return;

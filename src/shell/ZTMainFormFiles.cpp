@@ -73,39 +73,6 @@ QString OffsetList(const std::vector<uint64_t>& offsets) {
 
 }  // namespace
 
-// ---- Commands
-
-void TFrmViewer::CreateFileCommands() {
-  AddCommand("actOpen", QStringLiteral("&Open..."), QStringLiteral("Open Log File"), QKeySequence(Qt::CTRL | Qt::Key_O),
-             "open", [this] { OpenLogFile(false); });
-  AddCommand("actAppend", QStringLiteral("&Append..."), QStringLiteral("Append Log File"), {}, "append",
-             [this] { OpenLogFile(true); });
-  AddCommand("actSave", QStringLiteral("&Save..."), QStringLiteral("Save Messages to Log File"),
-             QKeySequence(Qt::CTRL | Qt::Key_S), "save", [this] { SaveLogFile(); });
-  AddCommand("actExport", QStringLiteral("&Export..."), QString(), {}, nullptr, [this] { ExportMessages(); });
-  AddCommand("actFollowLog", QStringLiteral("&Follow Log File..."),
-             QStringLiteral("Open a Log File and Keep Reading What Is Appended to It"), {}, "follow", [this] {
-               if (Following()) {
-                 StopFollowing();
-               } else {
-                 FollowLogFile();
-               }
-               UpdateCommandStates();
-             }, true);
-  AddCommand("actPrint", QStringLiteral("&Print..."), QStringLiteral("Print Messages"), QKeySequence(Qt::CTRL | Qt::Key_P),
-             "print", [this] { PrintMessages(); });
-}
-
-void TFrmViewer::UpdateFileCommandStates(bool hasRows) {
-  auto set = [this](const char* name, bool enabled) {
-    if (QAction* a = Action(QString::fromLatin1(name))) a->setEnabled(enabled);
-  };
-  set("actSave", hasRows && FActiveSave);
-  set("actExport", hasRows && FActiveExport);
-  set("actPrint", hasRows && FActivePrint);
-  if (QAction* follow = Action(QStringLiteral("actFollowLog"))) follow->setChecked(Following());
-}
-
 QString TFrmViewer::LogFolder() const {
   return LastLogDir.isEmpty() ? QString::fromStdString(GetLogFilesFolder()) : LastLogDir;
 }

@@ -55,22 +55,9 @@ class TZTWindowOrganizerHost : public IZTOrganizerHost {
 
 }  // namespace
 
-void TFrmViewer::CreateOrganizerCommands() {
+void TFrmViewer::SetUpOrganizer() {
   FOrganizerHost = std::make_shared<TZTWindowOrganizerHost>(*this);
   Organizer().SetHost(FOrganizerHost.get());
-  AddCommand("actOrganizeMessages", QStringLiteral("&Organize Messages..."), QStringLiteral("Organize Messages"),
-             QKeySequence(Qt::Key_F8), nullptr, [this] { OrganizeMessagesCommand(); });
-  AddCommand("actAutoOrganize", QStringLiteral("&Auto-Organize"), QStringLiteral("Automatically Organize Incoming Messages"),
-             {}, nullptr, [this] { SetAutoOrganize(!AutoOrganize); }, true);
-  AddCommand("actAutoOrganizeSettings", QStringLiteral("Auto-Organize &Settings..."),
-             QStringLiteral("AutoOrganize Settings"), {}, nullptr, [this] { AutoOrganizeSettingsCommand(); });
-  AddCommand("actPlugIns", QStringLiteral("&Plug-Ins"), QStringLiteral("Display Loaded PlugIns"), {}, nullptr,
-             [this] { ShowPlugInDetails(); });
-}
-
-void TFrmViewer::UpdateOrganizerCommandStates() {
-  if (QAction* a = Action(QStringLiteral("actOrganizeMessages"))) a->setEnabled(MessageSet.GetRecordCount() > 0);
-  if (QAction* a = Action(QStringLiteral("actAutoOrganize"))) a->setChecked(AutoOrganize);
 }
 
 void TFrmViewer::OrganizeArrivingMessage() {

@@ -15,6 +15,7 @@
 
 #include "ZTDateTime.h"
 #include "ZTDetailPanel.h"
+#include "ZTImageList.h"
 #include "ZTInspectorPane.h"
 #include "ZTNavigator.h"
 #include "ZentrailMessageSet.h"
@@ -30,24 +31,28 @@ QString FormatCount(qint64 n) { return QLocale(QLocale::English).toString(n); }
 void TFrmViewer::CreateStatusBar() {
   QStatusBar* bar = statusBar();
   bar->setObjectName(QStringLiteral("sbrMain"));
-  auto pane = [bar](const char* name) {
+  auto pane = [bar](const char* name, const char* accessible) {
     auto* label = new QLabel(bar);
     label->setObjectName(QString::fromLatin1(name));
+    label->setAccessibleName(QString::fromLatin1(accessible));
     label->setContentsMargins(4, 0, 4, 0);
     label->setAlignment(Qt::AlignCenter);
     bar->addWidget(label);
     return label;
   };
-  stsTimeDiff = pane("stsTimeDiff");
+  pnlMsgType = new TZTMsgTypePanel(bar);
+  bar->addWidget(pnlMsgType);
+  stsTimeDiff = pane("stsTimeDiff", "Time Difference");
   stsTimeDiff->setMinimumWidth(80);
-  stsMsgNum = pane("stsMsgNum");
+  stsMsgNum = pane("stsMsgNum", "Message Number");
   stsMsgNum->setToolTip(QStringLiteral("Jump to Message"));
-  stsMsgCount = pane("stsMsgCount");
-  stsSelCount = pane("stsSelCount");
-  stsProject = pane("stsProject");
+  stsMsgCount = pane("stsMsgCount", "Message Count");
+  stsSelCount = pane("stsSelCount", "Selected Messages");
+  stsProject = pane("stsProject", "Project");
   stsProject->setMinimumWidth(60);
   pbrComplete = new QProgressBar(bar);
   pbrComplete->setObjectName(QStringLiteral("pbrComplete"));
+  pbrComplete->setAccessibleName(QStringLiteral("Progress"));
   pbrComplete->setFixedWidth(100);
   pbrComplete->setMaximumHeight(14);
   pbrComplete->setTextVisible(false);
@@ -56,6 +61,7 @@ void TFrmViewer::CreateStatusBar() {
   bar->addWidget(pbrComplete);
   stsMessage = new QLabel(bar);
   stsMessage->setObjectName(QStringLiteral("stsMessage"));
+  stsMessage->setAccessibleName(QStringLiteral("Status"));
   bar->addWidget(stsMessage, 1);
 
   // A tenth of a second: soon enough to read as at once, rare enough to cost nothing in a burst.
@@ -130,12 +136,14 @@ void TFrmViewer::UpdateMessageDetails() {
     HideInspectors();
     ClearCallStack();
     ClearDetails();
+    pnlMsgType->Clear();
     UpdateCommandStates();
     return;
   }
   if (!view || !FActiveList || view->GetCount() == 0) {
     HideInspectors();
     ClearCallStack();
+    pnlMsgType->Clear();
     UpdateCommandStates();
     return;
   }
@@ -159,10 +167,35 @@ void TFrmViewer::UpdateMessageDetails() {
   pnlMsgDetails->SetField(TZTDetailPanel::Computer, text(MessageSet.GetComputerName()));
   pnlMsgDetails->SetField(TZTDetailPanel::PID, QString::number(MessageSet.GetProcessID()));
   pnlMsgDetails->SetField(TZTDetailPanel::ThreadName, text(MessageSet.GetThreadName()));
-  pnlMsgDetails->SetField(TZTDetailPanel::Date, QLocale().toString(date, QLocale::ShortFormat));
-  pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, time.toString(QStringLiteral("H:mm:ss.zzz")));
+  const QString dateText = QLocale().toString(date, QLocale::ShortFormat);
+  const QString timeText = time.toString(QStringLiteral("H:mm:ss.zzz"));
+  pnlMsgDetails->SetField(TZTDetailPanel::Date, dateText);
+  pnlMsgDetails->SetField(TZTDetailPanel::TimeStamp, timeText);
+  ShowMessageContent(dateText, timeText);
   ShowInspector();
   UpdateCommandStates();
+}
+
+void TFrmViewer::ShowMessageContent(const QString& date, const QString& time) {
+  // Contents of 100 and above are a plug-in's own: one glyph and one name for all of them.
+  const int32_t content = MessageSet.GetMsgContent();
+  const bool custom = content >= 100 || content < 0 || content >= ztmTableCount;
+  const int image = custom ? 46 : content;
+  const QString name = custom ? QStringLiteral("Custom") : QString::fromLatin1(MsgTypeNames[content]);
+  auto text = [](std::string_view s) { return QString::fromUtf8(s.data(), static_cast<qsizetype>(s.size())); };
+  const QStringList lines = {name + QStringLiteral(" Message"),
+                             QString(40, QLatin1Char('-')),
+                             QStringLiteral("Category:\t") + text(MessageSet.GetCategory()),
+                             QStringLiteral("TypeName:\t") + text(MessageSet.GetTypeName()),
+                             QStringLiteral("AppName:\t") + text(MessageSet.GetAppName()),
+                             QStringLiteral("Computer:\t") + text(MessageSet.GetComputerName()),
+                             QStringLiteral("PID:\t\t") + QString::number(MessageSet.GetProcessID()),
+                             QStringLiteral("Thread:\t\t") + text(MessageSet.GetThreadName()),
+                             QStringLiteral("Date:\t\t") + date,
+                             QStringLiteral("TimeStamp:\t") + time};
+  TZTImageList* images = FNavigator->MessageImages();
+  pnlMsgType->SetContent(images && images->HasImage(image) ? images->Image(image) : QPixmap(),
+                         lines.join(QLatin1Char('\r')));
 }
 
 namespace {
@@ -189,11 +222,11 @@ void TFrmViewer::UpdateMessageCount() {
                 QStringLiteral("%1 out of %2 Messages").arg(FormatCount(rows), FormatCount(MessageSet.GetRecordCount())));
 }
 
-void TFrmViewer::UpdateStatusCounts() {
+void TFrmViewer::UpdateStatusCounts(int32_t selected) {
   IZTMessageView* view = ActiveView();
   int rows = view ? view->GetCount() : 0;
   int focused = FActiveList ? FActiveList->GetFocusedMsgIndex() : -1;
-  int selected = view ? view->GetSelCount() : 0;
+  if (selected < 0) selected = view ? view->GetSelCount() : 0;
   if (focused >= 0 && focused < rows) {
     FitStatusPane(stsMsgNum, QStringLiteral("#") + FormatCount(view->GetMsgRecNo(focused)));
   } else {

@@ -22,26 +22,6 @@ std::string Utf8Path(const QString& path) { return QFile::encodeName(path).toStd
 
 }  // namespace
 
-void TFrmViewer::CreateProjectCommands() {
-  AddCommand("actNewProject", QStringLiteral("&New Project"), QStringLiteral("Create New Project"), {}, nullptr,
-             [this] { NewProject(); });
-  AddCommand("actOpenProject", QStringLiteral("&Open Project ..."), QStringLiteral("Open Project"), {}, nullptr,
-             [this] { OpenProject(); });
-  AddCommand("actSaveProject", QStringLiteral("Sa&ve Project"), QStringLiteral("Save Project"), {}, nullptr,
-             [this] { SaveProjectIfModified(false); });
-  AddCommand("actSaveProjectAs", QStringLiteral("Save Project &As ..."), QStringLiteral("Save Project As"), {},
-             nullptr, [this] { SaveProjectAs(); });
-  AddCommand("actCloseProject", QStringLiteral("&Close Project"), QString(), {}, nullptr, [this] { NewProject(); });
-}
-
-void TFrmViewer::UpdateProjectCommandStates() {
-  auto set = [this](const char* name, bool enabled) {
-    if (QAction* a = Action(QString::fromLatin1(name))) a->setEnabled(enabled);
-  };
-  set("actSaveProject", FViewsModified && ViewCount() > 1);
-  set("actSaveProjectAs", ViewCount() > 1);
-}
-
 QString TFrmViewer::ProjectFolder() const {
   if (!FProjectFolder.isEmpty()) return FProjectFolder;
   if (!LastProjectDir.isEmpty()) return LastProjectDir;

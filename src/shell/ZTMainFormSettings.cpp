@@ -11,6 +11,7 @@
 #include <QTableWidget>
 #include <algorithm>
 
+#include "ZTCommandBar.h"
 #include "ZTInspectorPane.h"
 #include "ZTMainForm.h"
 #include "ZTNavigator.h"
@@ -20,49 +21,10 @@ namespace zentrail {
 
 namespace {
 
-constexpr const char* kPosition = "Position";
-constexpr const char* kOrganizer = "Organizer";
-constexpr const char* kDisplay = "Display";
-constexpr const char* kGeneral = "General";
-constexpr const char* kMessageFont = "MessageFont";
-constexpr const char* kInspectorFont = "InspectorFont";
-constexpr const char* kInspectorFixedFont = "InspectorFixedFont";
-constexpr const char* kFontStyles = "FontStyles";
-constexpr const char* kFind = "Find";
-
-// The column bits in the order of their keys; the three time bits share one column and follow.
-struct TColumnKey {
-  const char* Key;
-  uint16_t Bit;
-  const char* Action;
-};
-constexpr TColumnKey kColumnKeys[] = {
-    {"Category", 1, "actViewCategory"},   {"AppName", 2, "actViewAppName"},
-    {"ComputerName", 4, "actViewComputerName"}, {"ProcessID", 8, "actViewProcessID"},
-    {"ThreadName", 16, "actViewThread"},  {"Date", 32, "actViewDate"},
-};
-constexpr TColumnKey kTimeColumnKeys[] = {
-    {"TimeStamp", 64, nullptr}, {"TimeDiff", 128, nullptr}, {"TimeOffset", 256, nullptr}};
-
-// Organizer bits by key.
-constexpr std::pair<const char*, uint8_t> kOrganizerKeys[] = {
-    {"AppName", 1}, {"Category", 2}, {"ProcessID", 4}, {"ThreadName", 8}, {"ComputerName", 16}};
+constexpr const char* kToolbars = "Toolbars";
 
 std::string Utf8(const QString& s) { return s.toStdString(); }
 QString FromUtf8(const std::string& s) { return QString::fromStdString(s); }
-
-// The file's style number (8 bold, 4 italic, 2 underline, 1 strike-out) and the bits the views
-// draw with run in opposite orders.
-uint8_t StyleBitsFromNumber(int32_t number) {
-  return static_cast<uint8_t>(((number & ztStyleBold) ? fsBold : 0) | ((number & ztStyleItalic) ? fsItalic : 0) |
-                              ((number & ztStyleUnderline) ? fsUnderline : 0) |
-                              ((number & ztStyleStrikeOut) ? fsStrikeOut : 0));
-}
-
-int32_t StyleNumberFromBits(uint8_t bits) {
-  return ((bits & fsBold) ? ztStyleBold : 0) | ((bits & fsItalic) ? ztStyleItalic : 0) |
-         ((bits & fsUnderline) ? ztStyleUnderline : 0) | ((bits & fsStrikeOut) ? ztStyleStrikeOut : 0);
-}
 
 int TextHeight(const QFont& font) { return QFontMetrics(font).height(); }
 
@@ -71,49 +33,23 @@ int TextHeight(const QFont& font) { return QFontMetrics(font).height(); }
 // ---------------------------------------------------------------------------------------------------
 // Fonts
 
-// A face by name, or the system's font of that kind where the face is missing.
 QFont TFrmViewer::ChooseFont(const QString& family, int pointSize, bool fixed) {
-  QFont font;
-  if (!family.isEmpty() && QFontDatabase::hasFamily(family)) {
-    font = QFont(family);
-  } else {
-    font = QFontDatabase::systemFont(fixed ? QFontDatabase::FixedFont : QFontDatabase::GeneralFont);
-  }
-  if (pointSize > 0) font.setPointSize(pointSize);
-  return font;
+  return ChooseFontFace(family, pointSize, fixed);
 }
 
-QFont TFrmViewer::RealizeFont(const TZTFontSetting& setting, bool fixed) {
-  QFont font = ChooseFont(setting.Name, setting.Size, fixed);
-  font.setBold((setting.Style & ztStyleBold) != 0);
-  font.setItalic((setting.Style & ztStyleItalic) != 0);
-  font.setUnderline((setting.Style & ztStyleUnderline) != 0);
-  font.setStrikeOut((setting.Style & ztStyleStrikeOut) != 0);
-  return font;
-}
+QFont TFrmViewer::RealizeFont(const TZTFontSetting& setting, bool fixed) { return RealizeFontSetting(setting, fixed); }
 
-QString TFrmViewer::InspectorFontDefaultName() {
-  return QFontDatabase::hasFamily(QStringLiteral("Segoe UI")) ? QStringLiteral("Segoe UI") : QStringLiteral("Verdana");
-}
+QString TFrmViewer::InspectorFontDefaultName() { return TZTFontsSection::InspectorDefaultName(); }
 
-QString TFrmViewer::InspectorFixedFontDefaultName() {
-  return QFontDatabase::hasFamily(QStringLiteral("Consolas")) ? QStringLiteral("Consolas")
-                                                              : QStringLiteral("Courier New");
-}
+QString TFrmViewer::InspectorFixedFontDefaultName() { return TZTFontsSection::InspectorFixedDefaultName(); }
 
 void TFrmViewer::ReadFont(const TZTIniFile& ini, const char* section, TZTFontSetting& font,
                           const QString& defaultName) {
-  font.Name = FromUtf8(ini.ReadString(section, "Name", Utf8(defaultName)));
-  font.Size = ini.ReadInteger(section, "Size", 8);
-  font.Color = ini.ReadInteger(section, "Color", 0);
-  font.Style = ini.ReadInteger(section, "Style", 0);
+  TZTFontsSection::ReadFont(ini, section, font, defaultName);
 }
 
 void TFrmViewer::WriteFont(TZTIniFile& ini, const char* section, const TZTFontSetting& font) {
-  ini.WriteString(section, "Name", Utf8(font.Name));
-  ini.WriteInteger(section, "Size", font.Size);
-  ini.WriteInteger(section, "Color", font.Color);
-  ini.WriteInteger(section, "Style", font.Style);
+  TZTFontsSection::WriteFont(ini, section, font);
 }
 
 void TFrmViewer::SetMessageFont(const TZTFontSetting& setting) {
@@ -162,17 +98,11 @@ QFont TFrmViewer::GetFont(int kind) {
 // Message-type styles
 
 void TFrmViewer::ReadMsgStyle(const TZTIniFile& ini, const char* keyPrefix, TZTMsgTypeStyle& entry) {
-  const std::string prefix(keyPrefix);
-  entry.UseDefault = ini.ReadBool(kFontStyles, prefix + "UseDefault", true);
-  entry.Color = ini.ReadInteger(kFontStyles, prefix + "Color", clWindowText);
-  entry.Style = StyleBitsFromNumber(ini.ReadInteger(kFontStyles, prefix + "Style", 0));
+  TZTFontStylesSection::ReadMsgStyle(ini, keyPrefix, entry);
 }
 
 void TFrmViewer::WriteMsgStyle(TZTIniFile& ini, const char* keyPrefix, const TZTMsgTypeStyle& entry) {
-  const std::string prefix(keyPrefix);
-  ini.WriteBool(kFontStyles, prefix + "UseDefault", entry.UseDefault);
-  ini.WriteInteger(kFontStyles, prefix + "Color", entry.Color);
-  ini.WriteInteger(kFontStyles, prefix + "Style", StyleNumberFromBits(entry.Style));
+  TZTFontStylesSection::WriteMsgStyle(ini, keyPrefix, entry);
 }
 
 TZTMsgTypeStyle TFrmViewer::GetMsgTypeStyle(int32_t msgType) {
@@ -190,22 +120,24 @@ void TFrmViewer::MsgTypeStylesChanged() {
 void TFrmViewer::SetColumnOptions(uint16_t options) {
   FColumnOptions = options;
   for (IZTMessageView* v : FViews) v->UpdateSettings();
-  for (const TColumnKey& c : kColumnKeys)
-    if (QAction* a = Action(QString::fromLatin1(c.Action))) a->setChecked((options & c.Bit) != 0);
-  if (QAction* a = Action(QStringLiteral("actHideExtraColumns"))) a->setEnabled(options != 0);
+  if (!FLoadingSettings) UpdateCommandStates();
 }
 
 void TFrmViewer::SetHideExtraColumns(bool hide) {
   FHideExtraColumns = hide;
   for (IZTMessageView* v : FViews) v->UpdateSettings();
-  if (QAction* a = Action(QStringLiteral("actHideExtraColumns"))) a->setChecked(hide);
+  if (!FLoadingSettings) UpdateCommandStates();
 }
 
 void TFrmViewer::SetWrapButtons(bool wrap) {
-  // Qt's toolbars never break into rows: what does not fit waits behind their extension button.
-  // The choice is kept so that the options dialog and the next run see it.
   FWrapButtons = wrap;
-  if (QAction* a = Action(QStringLiteral("actWrapButtons"))) a->setChecked(wrap);
+  if (tbrMain) tbrMain->SetWrap(wrap);
+  if (tbrView) tbrView->SetWrap(wrap);
+  if (!FLoadingSettings) UpdateCommandStates();
+}
+
+void TFrmViewer::SetHiddenToolbarItems(const QString& toolbar, const QSet<QString>& names) {
+  if (TZTCommandBar* bar = Toolbar(toolbar)) bar->SetHiddenItems(names);
 }
 
 TFrmViewer::TZTDisplayColors TFrmViewer::DisplayColors() const {
@@ -277,123 +209,213 @@ void TFrmViewer::ReadSplitterSizes() {
 }
 
 // ---------------------------------------------------------------------------------------------------
+// The sections as the window has them now, and their application through the setters
+
+TZTDisplaySection TFrmViewer::CurrentDisplay() {
+  TZTDisplaySection d;
+  d.AlwaysOnTop = ztAlwaysOnTop;
+  // A full-size inspector has hidden the other panes only for the moment.
+  d.Inspector = FInspectorVisible;
+  d.CallStack = FFullSizeInspector ? (FFullSizeRestore & 2) != 0 : FCallStackVisible;
+  d.ScratchPad = FFullSizeInspector ? (FFullSizeRestore & 4) != 0 : FScratchPadVisible;
+  d.ScratchPadLightColor = FScratchPadLightColor;
+  d.InspectorOnBottom = FInspectorOnBottom;
+  ReadSplitterSizes();
+  d.MainSplitFixed = FMainSplitFixed;
+  d.LeftSplitFixed = FLeftSplitFixed;
+  d.RightSplitFixed = FRightSplitFixed;
+  d.WrapButtons = FWrapButtons;
+  d.DetailPanel = FDetailPanelVisible;
+  d.Columns = FColumnOptions;
+  d.HideExtraColumns = FHideExtraColumns;
+  d.MarkerColor = FMarkerColor;
+  d.SyncMsgColor = FSyncMsgColor;
+  d.SeparatorColor = FSeparatorColor;
+  d.InactiveSeparatorColor = FInactiveSeparatorColor;
+  d.AppStartSeparatorColor = FAppStartSeparatorColor;
+  d.ValueColor = FValueColor;
+  d.HighlightColor = FHighlightColor;
+  d.HighlightFontColor = FHighlightFontColor;
+  d.RowShading = FRowShading;
+  d.RowShadingColor = FRowShadingColor;
+  if (FInspectorPane) d.Inspectors = FInspectorPane->GetDisplaySettings();
+  return d;
+}
+
+TZTGeneralSection TFrmViewer::CurrentGeneral() const {
+  const TZTNavigator& nav = *FNavigator;
+  TZTGeneralSection g;
+  g.ConfirmOnClear = ConfirmOnClear;
+  g.ConfirmOnClearBookmarks = nav.ConfirmOnClearBookmarks;
+  g.AutoSaveProject = AutoSaveProject;
+  g.AutoScroll = FAutoScroll;
+  g.AutoCollapse = FAutoCollapse;
+  g.FlattenStructure = FFlattenStructure;
+  g.SoundEffectOnWakeUp = SoundEffectOnWakeUp;
+  g.SoundEffectFile = SoundEffectFile;
+  g.InsertSeparatorOnWakeUp = InsertSeparatorOnWakeUp;
+  g.IdleTime = IdleTime;
+  g.InsertSeparatorOnAppStart = InsertSeparatorOnAppStart;
+  g.LastProject = LastProject;
+  g.LastLogDir = LastLogDir;
+  g.LastProjectDir = LastProjectDir;
+  g.NavigatorMsgType = nav.NavigatorMsgType();
+  g.NavigatorMsgContent = nav.NavigatorMsgContent();
+  g.NavigatorAutomatic = nav.NavigatorAutomatic();
+  g.NavigatorTimeDiff = nav.NavigatorTimeDiff();
+  g.TimeDiffNavThreshold = nav.TimeDiffNavThreshold();
+  g.PrintSelection = PrintSelection;
+  g.PrintFontSize = PrintFontSize;
+  return g;
+}
+
+TZTViewerOptions TFrmViewer::CurrentOptions() {
+  TZTViewerOptions o;
+  o.Display = CurrentDisplay();
+  o.General = CurrentGeneral();
+  o.Fonts = {FMessageFontSetting, FInspectorFontSetting, FInspectorFixedFontSetting};
+  o.Styles = MsgTypeStyles;
+  return o;
+}
+
+void TFrmViewer::ApplyPosition(const TZTPositionSection& pos) {
+  const QList<QScreen*> screens = QGuiApplication::screens();
+  if (!pos.Stored) {
+    // A first run: a good share of the screen, in its middle, rather than the bare minimum.
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+      const QRect area = screen->availableGeometry();
+      const QSize size(std::max(790, area.width() * 4 / 5), std::max(420, area.height() * 4 / 5));
+      QRect rect(QPoint(0, 0), size.boundedTo(area.size()));
+      rect.moveCenter(area.center());
+      setGeometry(rect);
+      return;
+    }
+  }
+  // The restored rectangle; a corner on no monitor moves to (0, 0), its size kept.
+  QRect rect(QPoint(pos.Left, pos.Top), QPoint(pos.Right - 1, pos.Bottom - 1));
+  const bool onScreen =
+      std::any_of(screens.begin(), screens.end(), [&](QScreen* s) { return s->geometry().contains(rect.topLeft()); });
+  if (!onScreen) rect.moveTopLeft(QPoint(0, 0));
+  setGeometry(rect);
+  if (pos.Maximized) setWindowState(windowState() | Qt::WindowMaximized);
+}
+
+void TFrmViewer::ApplyDisplay(const TZTDisplaySection& d) {
+  SetAlwaysOnTop(d.AlwaysOnTop);
+  SetPaneVisible(TZTPane::Inspector, d.Inspector);
+  SetPaneVisible(TZTPane::CallStack, d.CallStack);
+  SetPaneVisible(TZTPane::ScratchPad, d.ScratchPad);
+  SetScratchPadLightColor(d.ScratchPadLightColor);
+  SetInspectorOnBottom(d.InspectorOnBottom);
+  FMainSplitFixed = d.MainSplitFixed;
+  FLeftSplitFixed = d.LeftSplitFixed;
+  FRightSplitFixed = d.RightSplitFixed;
+  // The design positions share the window as it opens: the inspector column takes three tenths of
+  // the width, the pads below a fifth of the height.
+  const int w = std::max(width(), 400), h = std::max(height(), 300);
+  splMain->setSizes({w * 7 / 10, w * 3 / 10});
+  splLeft->setSizes({h * 4 / 5, h / 5});
+  splRight->setSizes({h * 3 / 4, h / 4});
+  ApplySplitterSizes();
+  SetWrapButtons(d.WrapButtons);
+  SetDetailPanelVisible(d.DetailPanel);
+  SetColumnOptions(d.Columns);
+  SetHideExtraColumns(d.HideExtraColumns);
+  TZTDisplayColors colors;
+  colors.Marker = d.MarkerColor;
+  colors.SyncMsg = d.SyncMsgColor;
+  colors.Separator = d.SeparatorColor;
+  colors.InactiveSeparator = d.InactiveSeparatorColor;
+  colors.AppStartSeparator = d.AppStartSeparatorColor;
+  colors.Value = d.ValueColor;
+  colors.Highlight = d.HighlightColor;
+  colors.HighlightFont = d.HighlightFontColor;
+  colors.RowShading = d.RowShading;
+  colors.RowShadingColor = d.RowShadingColor;
+  SetDisplayColors(colors);
+  if (FInspectorPane) FInspectorPane->SetDisplaySettings(d.Inspectors);
+}
+
+void TFrmViewer::ApplyGeneral(const TZTGeneralSection& g) {
+  ConfirmOnClear = g.ConfirmOnClear;
+  FNavigator->ConfirmOnClearBookmarks = g.ConfirmOnClearBookmarks;
+  AutoSaveProject = g.AutoSaveProject;
+  SetAutoScroll(g.AutoScroll);
+  SetAutoCollapse(g.AutoCollapse);
+  SetFlattenStructure(g.FlattenStructure);
+  SoundEffectOnWakeUp = g.SoundEffectOnWakeUp;
+  SoundEffectFile = g.SoundEffectFile;
+  InsertSeparatorOnWakeUp = g.InsertSeparatorOnWakeUp;
+  IdleTime = g.IdleTime;
+  InsertSeparatorOnAppStart = g.InsertSeparatorOnAppStart;
+  LastProject = g.LastProject;
+  LastLogDir = g.LastLogDir;
+  LastProjectDir = g.LastProjectDir;
+  TZTNavigator& nav = *FNavigator;
+  nav.SetNavigatorMsgType(g.NavigatorMsgType);
+  nav.SetNavigatorMsgContent(g.NavigatorMsgContent);
+  nav.SetNavigatorAutomatic(g.NavigatorAutomatic);
+  nav.SetNavigatorTimeDiff(g.NavigatorTimeDiff);
+  nav.SetTimeDiffNavThreshold(g.TimeDiffNavThreshold);
+  PrintSelection = g.PrintSelection;
+  PrintFontSize = g.PrintFontSize;
+}
+
+void TFrmViewer::SetScratchPadLightColor(int index) {
+  FScratchPadLightColor = index;
+  if (grdScratchPad) grdScratchPad->viewport()->update();
+}
+
+// ---------------------------------------------------------------------------------------------------
 // Load and save
 
 void TFrmViewer::LoadSettings() {
   FLoadingSettings = true;
   const TZTIniFile& ini = ViewerSettings();
 
-  // ---- Position: the restored rectangle; a corner on no monitor moves to (0, 0), size kept.
-  QRect rect(QPoint(ini.ReadInteger(kPosition, "Left", 20), ini.ReadInteger(kPosition, "Top", 20)),
-             QPoint(ini.ReadInteger(kPosition, "Right", 790) - 1, ini.ReadInteger(kPosition, "Bottom", 420) - 1));
-  const QList<QScreen*> screens = QGuiApplication::screens();
-  const bool onScreen =
-      std::any_of(screens.begin(), screens.end(), [&](QScreen* s) { return s->geometry().contains(rect.topLeft()); });
-  if (!onScreen) rect.moveTopLeft(QPoint(0, 0));
-  setGeometry(rect);
-  if (ini.ReadBool(kPosition, "Maximized", false)) setWindowState(windowState() | Qt::WindowMaximized);
+  TZTPositionSection position;
+  position.Read(ini);
+  ApplyPosition(position);
 
-  // ---- Organizer
-  OrganizeBy = 0;
-  for (const auto& [key, bit] : kOrganizerKeys)
-    if (ini.ReadBool(kOrganizer, key, false)) OrganizeBy |= bit;
-  AutoOrganize = ini.ReadBool(kOrganizer, "AutoOrganize", false);
-  if (QAction* a = Action(QStringLiteral("actAutoOrganize"))) a->setChecked(AutoOrganize);
+  TZTOrganizerSection organizer;
+  organizer.Read(ini);
+  OrganizeBy = organizer.OrganizeBy;
+  AutoOrganize = organizer.AutoOrganize;
 
-  // ---- Display
-  SetAlwaysOnTop(ini.ReadBool(kDisplay, "AlwaysOnTop", false));
-  SetPaneVisible(TZTPane::Inspector, ini.ReadBool(kDisplay, "Inspector", false));
-  SetPaneVisible(TZTPane::CallStack, ini.ReadBool(kDisplay, "CallStack", false));
-  SetPaneVisible(TZTPane::ScratchPad, ini.ReadBool(kDisplay, "ScratchPad", false));
-  FScratchPadLightColor = ini.ReadInteger(kDisplay, "ScratchPadLightColor", 0);
-  SetInspectorOnBottom(ini.ReadBool(kDisplay, "InspectorOnBottom", false));
-  FMainSplitFixed = ini.ReadInteger(kDisplay, "MainSplitFixed", -1);
-  FLeftSplitFixed = ini.ReadInteger(kDisplay, "LeftSplitFixed", -1);
-  FRightSplitFixed = ini.ReadInteger(kDisplay, "RightSplitFixed", -1);
-  ApplySplitterSizes();
-  SetWrapButtons(ini.ReadBool(kDisplay, "WrapButtons", false));
-  SetDetailPanelVisible(ini.ReadBool(kDisplay, "DetailPanel", false));
-  uint16_t columns = 0;
-  for (const TColumnKey& c : kColumnKeys)
-    if (ini.ReadBool(kDisplay, c.Key, false)) columns |= c.Bit;
-  // One time column at most: the first of the three that is on wins and the rest are not read.
-  for (const TColumnKey& c : kTimeColumnKeys) {
-    if (ini.ReadBool(kDisplay, c.Key, false)) {
-      columns |= c.Bit;
-      break;
-    }
-  }
-  SetColumnOptions(columns);
-  SetHideExtraColumns(ini.ReadBool(kDisplay, "HideExtraColumns", false));
-  TZTDisplayColors colors;
-  colors.Marker = ini.ReadInteger(kDisplay, "MarkerColor", 0x00E6D8AD);
-  colors.SyncMsg = ini.ReadInteger(kDisplay, "SyncMsgColor", 0x00AFEBFF);
-  colors.Separator = ini.ReadInteger(kDisplay, "SeparatorColor", 0x00E4AD89);
-  colors.InactiveSeparator = ini.ReadInteger(kDisplay, "InactiveSeparatorColor", 0x00A0CDDE);
-  colors.AppStartSeparator = ini.ReadInteger(kDisplay, "AppStartSeparatorColor", 0x00E4AD89);
-  colors.Value = ini.ReadInteger(kDisplay, "ValueColor", 0x008E3300);
-  colors.Highlight = ini.ReadInteger(kDisplay, "HighlightColor", 0x00F0CDAA);
-  colors.HighlightFont = ini.ReadInteger(kDisplay, "HighlightFontColor", 0x00502805);
-  colors.RowShading = ini.ReadBool(kDisplay, "RowShading", true);
-  colors.RowShadingColor = ini.ReadInteger(kDisplay, "RowShadingColor", clBtnShadow);
-  SetDisplayColors(colors);
-  if (FInspectorPane) {
-    TZTInspectorDisplaySettings d;
-    d.StringWordWrap = ini.ReadBool(kDisplay, "StringWordWrap", true);
-    d.StringLineNumbers = ini.ReadBool(kDisplay, "StringLineNumbers", false);
-    d.TextWordWrap = ini.ReadBool(kDisplay, "TextWordWrap", false);
-    d.TextJumpToEnd = ini.ReadBool(kDisplay, "TextJumpToEnd", false);
-    d.TextLineNumbers = ini.ReadBool(kDisplay, "TextLineNumbers", false);
-    d.StrListJumpToEnd = ini.ReadBool(kDisplay, "StrListJumpToEnd", false);
-    d.MonospaceTextLineNumbers = ini.ReadBool(kDisplay, "MonospaceTextLineNumbers", false);
-    d.DisplayType = ini.ReadInteger(kDisplay, "DisplayType", 1);
-    d.XmlViewType = ini.ReadInteger(kDisplay, "XmlViewType", 0);
-    FInspectorPane->SetDisplaySettings(d);
-  }
+  TZTDisplaySection display;
+  display.Read(ini);
+  ApplyDisplay(display);
 
-  // ---- General
-  ConfirmOnClear = ini.ReadBool(kGeneral, "ConfirmOnClear", true);
-  Navigator().ConfirmOnClearBookmarks = ini.ReadBool(kGeneral, "ConfirmOnClearBookmarks", true);
-  AutoSaveProject = ini.ReadBool(kGeneral, "AutoSaveProject", true);
-  SetAutoScroll(ini.ReadBool(kGeneral, "AutoScroll", true));
-  SetAutoCollapse(ini.ReadBool(kGeneral, "AutoCollapse", true));
-  SetFlattenStructure(ini.ReadBool(kGeneral, "FlattenStructure", false));
-  SoundEffectOnWakeUp = ini.ReadBool(kGeneral, "SoundEffectOnWakeUp", false);
-  SoundEffectFile = FromUtf8(ini.ReadString(kGeneral, "SoundEffectFile", ""));
-  InsertSeparatorOnWakeUp = ini.ReadBool(kGeneral, "InsertSeparatorOnWakeUp", false);
-  IdleTime = ini.ReadInteger(kGeneral, "IdleTime", 10);
-  InsertSeparatorOnAppStart = ini.ReadBool(kGeneral, "InsertSeparatorOnAppStart", false);
-  LastProject = FromUtf8(ini.ReadString(kGeneral, "LastProject", ""));
-  LastLogDir = FromUtf8(ini.ReadString(kGeneral, "LastLogDir", ""));
-  LastProjectDir = FromUtf8(ini.ReadString(kGeneral, "LastProjectDir", ""));
-  TZTNavigator& nav = Navigator();
-  nav.SetNavigatorMsgType(ini.ReadInteger(kGeneral, "NavigatorMsgType", 3));
-  nav.SetNavigatorMsgContent(ini.ReadInteger(kGeneral, "NavigatorMsgContent", 7));
-  nav.SetNavigatorAutomatic(ini.ReadBool(kGeneral, "NavigatorAutomatic", true));
-  nav.SetNavigatorTimeDiff(ini.ReadBool(kGeneral, "NavigatorTimeDiff", false));
-  nav.SetTimeDiffNavThreshold(ini.ReadInteger(kGeneral, "TimeDiffNavThreshold", 1000));
-  PrintSelection = ini.ReadBool(kGeneral, "PrintSelection", true);
-  PrintFontSize = ini.ReadInteger(kGeneral, "PrintFontSize", 8);
+  TZTGeneralSection general;
+  general.Read(ini);
+  ApplyGeneral(general);
 
-  // ---- Fonts, each applied as soon as it is read
-  TZTFontSetting font;
-  ReadFont(ini, kMessageFont, font, QStringLiteral("Verdana"));
-  SetMessageFont(font);
-  ReadFont(ini, kInspectorFont, font, InspectorFontDefaultName());
-  SetInspectorFont(font);
-  ReadFont(ini, kInspectorFixedFont, font, InspectorFixedFontDefaultName());
-  SetInspectorFixedFont(font);
+  // Each font is applied as soon as it is read.
+  TZTFontsSection fonts;
+  fonts.Read(ini);
+  SetMessageFont(fonts.Message);
+  SetInspectorFont(fonts.Inspector);
+  SetInspectorFixedFont(fonts.InspectorFixed);
 
-  // ---- FontStyles: the types without keys keep an empty entry
-  for (size_t i = 1; i < MsgTypeStyles.size(); ++i) MsgTypeStyles[i] = TZTMsgTypeStyle{};
-  for (const TZTMsgStyleKey& k : MsgStyleKeys())
-    if (k.MsgType > 0 && k.MsgType < ztMsgTypeStyleCount) ReadMsgStyle(ini, k.Prefix, MsgTypeStyles[k.MsgType]);
+  // The types without keys keep an empty entry; entry 0 is the message font's.
+  TZTFontStylesSection styles;
+  styles.Read(ini);
+  for (size_t i = 1; i < MsgTypeStyles.size(); ++i) MsgTypeStyles[i] = styles.Styles[i];
   MsgTypeStylesChanged();
 
-  // ---- Find (the find dialog reads its texts from section MRULists itself, when it opens)
-  nav.FindForward = ini.ReadBool(kFind, "FindForward", true);
-  nav.FindFromCursor = ini.ReadBool(kFind, "FindFromCursor", false);
-  nav.FindInDetails = ini.ReadBool(kFind, "FindInDetails", true);
+  // The find dialog reads its texts from section MRULists itself, when it opens.
+  TZTFindSection find;
+  find.Read(ini);
+  FNavigator->FindForward = find.FindForward;
+  FNavigator->FindFromCursor = find.FindFromCursor;
+  FNavigator->FindInDetails = find.FindInDetails;
+
+  // The buttons the user chose not to see.
+  for (const char* bar : {"tbrMain", "tbrView"}) {
+    const QString hidden = FromUtf8(ini.ReadString(kToolbars, std::string(bar) + "Hidden", ""));
+    const QStringList names = hidden.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    SetHiddenToolbarItems(QString::fromLatin1(bar), QSet<QString>(names.begin(), names.end()));
+  }
 
   FLoadingSettings = false;
 }
@@ -401,95 +423,40 @@ void TFrmViewer::LoadSettings() {
 void TFrmViewer::SaveSettings() {
   TZTIniFile& ini = ViewerSettings();
 
-  // ---- Position: the restored rectangle, also while maximised.
+  // The restored rectangle, also while maximised.
   const QRect rect = normalGeometry().isValid() ? normalGeometry() : geometry();
-  ini.WriteInteger(kPosition, "Left", rect.left());
-  ini.WriteInteger(kPosition, "Top", rect.top());
-  ini.WriteInteger(kPosition, "Right", rect.right() + 1);
-  ini.WriteInteger(kPosition, "Bottom", rect.bottom() + 1);
-  ini.WriteBool(kPosition, "Maximized", isMaximized());
+  TZTPositionSection position;
+  position.Left = rect.left();
+  position.Top = rect.top();
+  position.Right = rect.right() + 1;
+  position.Bottom = rect.bottom() + 1;
+  position.Maximized = isMaximized();
+  position.Write(ini);
 
-  // ---- Organizer
-  for (const auto& [key, bit] : kOrganizerKeys) ini.WriteBool(kOrganizer, key, (OrganizeBy & bit) != 0);
-  ini.WriteBool(kOrganizer, "AutoOrganize", AutoOrganize);
+  TZTOrganizerSection organizer;
+  organizer.OrganizeBy = OrganizeBy;
+  organizer.AutoOrganize = AutoOrganize;
+  organizer.Write(ini);
 
-  // ---- Display
-  ini.WriteBool(kDisplay, "AlwaysOnTop", ztAlwaysOnTop);
-  // A full-size inspector has hidden the other panes only for the moment.
-  ini.WriteBool(kDisplay, "Inspector", FInspectorVisible);
-  ini.WriteBool(kDisplay, "CallStack", FFullSizeInspector ? (FFullSizeRestore & 2) != 0 : FCallStackVisible);
-  ini.WriteBool(kDisplay, "ScratchPad", FFullSizeInspector ? (FFullSizeRestore & 4) != 0 : FScratchPadVisible);
-  ini.WriteInteger(kDisplay, "ScratchPadLightColor", FScratchPadLightColor);
-  ini.WriteBool(kDisplay, "InspectorOnBottom", FInspectorOnBottom);
-  ReadSplitterSizes();
-  ini.WriteInteger(kDisplay, "MainSplitFixed", FMainSplitFixed);
-  ini.WriteInteger(kDisplay, "LeftSplitFixed", FLeftSplitFixed);
-  ini.WriteInteger(kDisplay, "RightSplitFixed", FRightSplitFixed);
-  ini.WriteBool(kDisplay, "WrapButtons", FWrapButtons);
-  ini.WriteBool(kDisplay, "DetailPanel", FDetailPanelVisible);
-  for (const TColumnKey& c : kColumnKeys) ini.WriteBool(kDisplay, c.Key, (FColumnOptions & c.Bit) != 0);
-  for (const TColumnKey& c : kTimeColumnKeys) ini.WriteBool(kDisplay, c.Key, (FColumnOptions & c.Bit) != 0);
-  ini.WriteBool(kDisplay, "HideExtraColumns", FHideExtraColumns);
-  ini.WriteInteger(kDisplay, "MarkerColor", FMarkerColor);
-  ini.WriteInteger(kDisplay, "SyncMsgColor", FSyncMsgColor);
-  ini.WriteInteger(kDisplay, "SeparatorColor", FSeparatorColor);
-  ini.WriteInteger(kDisplay, "InactiveSeparatorColor", FInactiveSeparatorColor);
-  ini.WriteInteger(kDisplay, "AppStartSeparatorColor", FAppStartSeparatorColor);
-  ini.WriteInteger(kDisplay, "ValueColor", FValueColor);
-  ini.WriteInteger(kDisplay, "HighlightColor", FHighlightColor);
-  ini.WriteInteger(kDisplay, "HighlightFontColor", FHighlightFontColor);
-  ini.WriteBool(kDisplay, "RowShading", FRowShading);
-  ini.WriteInteger(kDisplay, "RowShadingColor", FRowShadingColor);
-  if (FInspectorPane) {
-    const TZTInspectorDisplaySettings d = FInspectorPane->GetDisplaySettings();
-    ini.WriteBool(kDisplay, "StringWordWrap", d.StringWordWrap);
-    ini.WriteBool(kDisplay, "StringLineNumbers", d.StringLineNumbers);
-    ini.WriteBool(kDisplay, "TextWordWrap", d.TextWordWrap);
-    ini.WriteBool(kDisplay, "TextJumpToEnd", d.TextJumpToEnd);
-    ini.WriteBool(kDisplay, "TextLineNumbers", d.TextLineNumbers);
-    ini.WriteBool(kDisplay, "StrListJumpToEnd", d.StrListJumpToEnd);
-    ini.WriteBool(kDisplay, "MonospaceTextLineNumbers", d.MonospaceTextLineNumbers);
-    ini.WriteInteger(kDisplay, "DisplayType", d.DisplayType);
-    ini.WriteInteger(kDisplay, "XmlViewType", d.XmlViewType);
+  CurrentDisplay().Write(ini);
+  CurrentGeneral().Write(ini);
+  TZTFontsSection{FMessageFontSetting, FInspectorFontSetting, FInspectorFixedFontSetting}.Write(ini);
+  TZTFontStylesSection styles;
+  styles.Styles = MsgTypeStyles;
+  styles.Write(ini);
+  TZTFindSection find;
+  find.FindForward = FNavigator->FindForward;
+  find.FindFromCursor = FNavigator->FindFromCursor;
+  find.FindInDetails = FNavigator->FindInDetails;
+  find.Write(ini);
+
+  // A section only while some button is hidden.
+  ini.EraseSection(kToolbars);
+  for (const char* bar : {"tbrMain", "tbrView"}) {
+    QStringList names = Toolbar(QString::fromLatin1(bar))->HiddenItems().values();
+    names.sort();
+    if (!names.isEmpty()) ini.WriteString(kToolbars, std::string(bar) + "Hidden", Utf8(names.join(QLatin1Char(','))));
   }
-
-  // ---- General
-  const TZTNavigator& nav = Navigator();
-  ini.WriteBool(kGeneral, "ConfirmOnClear", ConfirmOnClear);
-  ini.WriteBool(kGeneral, "ConfirmOnClearBookmarks", nav.ConfirmOnClearBookmarks);
-  ini.WriteBool(kGeneral, "AutoSaveProject", AutoSaveProject);
-  ini.WriteBool(kGeneral, "AutoScroll", FAutoScroll);
-  ini.WriteBool(kGeneral, "AutoCollapse", FAutoCollapse);
-  ini.WriteBool(kGeneral, "FlattenStructure", FFlattenStructure);
-  ini.WriteBool(kGeneral, "SoundEffectOnWakeUp", SoundEffectOnWakeUp);
-  ini.WriteString(kGeneral, "SoundEffectFile", Utf8(SoundEffectFile));
-  ini.WriteBool(kGeneral, "InsertSeparatorOnWakeUp", InsertSeparatorOnWakeUp);
-  ini.WriteInteger(kGeneral, "IdleTime", IdleTime);
-  ini.WriteBool(kGeneral, "InsertSeparatorOnAppStart", InsertSeparatorOnAppStart);
-  ini.WriteString(kGeneral, "LastProject", Utf8(LastProject));
-  ini.WriteString(kGeneral, "LastLogDir", Utf8(LastLogDir));
-  ini.WriteString(kGeneral, "LastProjectDir", Utf8(LastProjectDir));
-  ini.WriteInteger(kGeneral, "NavigatorMsgType", nav.NavigatorMsgType());
-  ini.WriteInteger(kGeneral, "NavigatorMsgContent", nav.NavigatorMsgContent());
-  ini.WriteBool(kGeneral, "NavigatorAutomatic", nav.NavigatorAutomatic());
-  ini.WriteBool(kGeneral, "NavigatorTimeDiff", nav.NavigatorTimeDiff());
-  ini.WriteInteger(kGeneral, "TimeDiffNavThreshold", nav.TimeDiffNavThreshold());
-  ini.WriteBool(kGeneral, "PrintSelection", PrintSelection);
-  ini.WriteInteger(kGeneral, "PrintFontSize", PrintFontSize);
-
-  // ---- Fonts
-  WriteFont(ini, kMessageFont, FMessageFontSetting);
-  WriteFont(ini, kInspectorFont, FInspectorFontSetting);
-  WriteFont(ini, kInspectorFixedFont, FInspectorFixedFontSetting);
-
-  // ---- FontStyles
-  for (const TZTMsgStyleKey& k : MsgStyleKeys())
-    if (k.MsgType > 0 && k.MsgType < ztMsgTypeStyleCount) WriteMsgStyle(ini, k.Prefix, MsgTypeStyles[k.MsgType]);
-
-  // ---- Find
-  ini.WriteBool(kFind, "FindForward", nav.FindForward);
-  ini.WriteBool(kFind, "FindFromCursor", nav.FindFromCursor);
-  ini.WriteBool(kFind, "FindInDetails", nav.FindInDetails);
 }
 
 }  // namespace zentrail

@@ -120,37 +120,6 @@ class TZTTabNameEditor : public QLineEdit {
 
 }  // namespace
 
-void TFrmViewer::CreateViewCommands() {
-  AddCommand("actViewNew", QStringLiteral("&New View..."), QStringLiteral("Create New View"),
-             QKeySequence(Qt::CTRL | Qt::Key_N), "newview", [this] { NewView(); });
-  AddCommand("actViewRemove", QStringLiteral("&Remove View"), QStringLiteral("Remove Current View"),
-             QKeySequence(Qt::CTRL | Qt::Key_R), "removeview", [this] { RemoveView(ActiveViewIndex()); });
-  AddCommand("actViewRemoveAll", QStringLiteral("Remove &All Views"), QStringLiteral("Remove All Views"),
-             QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_R), nullptr, [this] {
-               if (ViewCount() < 2) return;
-               if (PromptService().AskYesNo(nbkViews, QStringLiteral("Remove All Views?"),
-                                            QStringLiteral("Zentrail Viewer")))
-                 RemoveAllViews();
-             });
-  AddCommand("actViewRemoveOthers", QStringLiteral("Close &Other Views"),
-             QStringLiteral("Remove All Views but the Current One"), {}, nullptr,
-             [this] { RemoveOtherViews(ActiveViewIndex()); });
-  AddCommand("actViewRename", QStringLiteral("Re&name View"), QStringLiteral("Rename Current View"),
-             QKeySequence(Qt::Key_F2), nullptr, [this] { StartRenameView(ActiveViewIndex()); });
-  AddCommand("actViewMoveLeft", QStringLiteral("Move &Left"), QString(), QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_Left),
-             nullptr, [this] {
-               const int i = ActiveViewIndex();
-               if (i >= 2) MoveView(i, i - 1);
-             });
-  AddCommand("actViewMoveRight", QStringLiteral("Move R&ight"), QString(),
-             QKeySequence(Qt::SHIFT | Qt::CTRL | Qt::Key_Right), nullptr, [this] {
-               const int i = ActiveViewIndex();
-               if (i >= 1 && i < ViewCount() - 1) MoveView(i, i + 1);
-             });
-  CreateProjectCommands();
-  CreateOrganizerCommands();
-}
-
 void TFrmViewer::SetUpTabStrip() {
   // A popup on every tab, the close button on the active one, and dragging. The strip takes the
   // whole width, so that tabs scroll only when they really don't fit.
@@ -170,38 +139,32 @@ void TFrmViewer::SetUpTabStrip() {
   connect(tabViews, &QTabBar::customContextMenuRequested, this,
           [this](const QPoint& pos) { ShowViewsMenu(tabViews->mapToGlobal(pos), tabViews->tabAt(pos)); });
 
-  mnuViews = new QMenu(this);
-  mnuViews->setObjectName(QStringLiteral("mnuViews"));
-  mnuSwitchToView = mnuViews->addMenu(QStringLiteral("&Switch To View"));
-  mnuSwitchToView->setObjectName(QStringLiteral("mnuSwitchToView"));
-  connect(mnuViews, &QMenu::aboutToShow, this, [this] { RebuildSwitchToView(); });
-  mnuViews->addSeparator();
-  for (const char* name : {"actViewNew", "actViewModify", "actViewRename", "-", "actViewMoveLeft", "actViewMoveRight",
-                           "actViewPrior", "actViewNext", "-", "actViewRemove", "actViewRemoveOthers",
-                           "actViewRemoveAll"}) {
-    if (name[0] == '-') {
-      mnuViews->addSeparator();
-    } else if (QAction* action = Action(QString::fromLatin1(name))) {
-      mnuViews->addAction(action);
+  // The tab list: every view by name, for when the strip scrolls.
+  auto* tabList = new QToolButton(pnlTabSet);
+  tabList->setObjectName(QStringLiteral("btnTabList"));
+  tabList->setAutoRaise(true);
+  tabList->setArrowType(Qt::DownArrow);
+  tabList->setPopupMode(QToolButton::InstantPopup);
+  tabList->setToolTip(QStringLiteral("Switch To View"));
+  tabList->setAccessibleName(tabList->toolTip());
+  tabList->setFocusPolicy(Qt::NoFocus);
+  auto* tabMenu = new QMenu(tabList);
+  connect(tabMenu, &QMenu::aboutToShow, this, [this, tabMenu] {
+    tabMenu->clear();
+    const int active = ActiveViewIndex();
+    for (int i = 0; i < tabViews->count(); ++i) {
+      QAction* item = tabMenu->addAction(tabViews->tabText(i));
+      item->setCheckable(true);
+      item->setChecked(i == active);
+      connect(item, &QAction::triggered, this, [this, i] { SetActiveViewIndex(i); });
     }
-  }
-}
+  });
+  tabList->setMenu(tabMenu);
+  if (auto* row = qobject_cast<QBoxLayout*>(pnlTabSet->layout())) row->addWidget(tabList);
 
-void TFrmViewer::UpdateViewCommandStates() {
-  const int active = ActiveViewIndex();
-  const int count = ViewCount();
-  auto set = [this](const char* name, bool enabled) {
-    if (QAction* a = Action(QString::fromLatin1(name))) a->setEnabled(enabled);
-  };
-  set("actViewRemove", active > 0);
-  set("actViewRename", active > 0);
-  set("actViewRemoveAll", count > 1);
-  set("actViewRemoveOthers", active > 0 && count > 2);
-  set("actViewMoveLeft", active >= 2);
-  set("actViewMoveRight", active >= 1 && active < count - 1);
-  UpdateProjectCommandStates();
-  UpdateOrganizerCommandStates();
-  UpdateTabCloseButtons();
+  mnuViews = MakeMenu(QStringLiteral("mnuViews"));
+  mnuSwitchToView = mnuViews->findChild<QMenu*>(QStringLiteral("mnuSwitchToView"));
+  connect(mnuViews, &QMenu::aboutToShow, this, [this] { RebuildSwitchToView(); });
 }
 
 void TFrmViewer::UpdateTabCloseButtons() {
@@ -228,6 +191,8 @@ void TFrmViewer::UpdateTabCloseButtons() {
     }
     button->setVisible(i == active && enabled);
   }
+  if (auto* tabList = pnlTabSet->findChild<QWidget*>(QStringLiteral("btnTabList")))
+    tabList->setVisible(tabViews->count() > 1);
   // The strip is as high as its tabs need, however small the message font makes the rows.
   const int needed = tabViews->sizeHint().height();
   if (tabViews->count() > 1 && tabViews->height() < needed) {

@@ -28,6 +28,7 @@ const QString kAllMessages = QStringLiteral("All Messages");
 IZTMessageView* TFrmViewer::CreateViewPage(const TZTViewFactory& factory) {
   IZTMessageView* view = factory ? factory(this) : nullptr;
   if (!view) throw std::runtime_error("Invalid CustomView registered");
+  view->GetWidget()->setAccessibleName(QStringLiteral("Message List"));
   auto* page = new QWidget(nbkViews);
   auto* layout = new QVBoxLayout(page);
   layout->setContentsMargins(0, 0, 0, 0);

@@ -90,161 +90,43 @@ TZTNavigator::~TZTNavigator() = default;
 
 QAction* TZTNavigator::Act(const char* name) const { return FWindow.Action(QString::fromLatin1(name)); }
 
-QAction* TZTNavigator::AddAction(const char* name, const QString& caption, const QString& hint,
-                                 const QKeySequence& key, const char* glyph, std::function<void()> handler, bool checkable) {
-  auto* action = new QAction(caption, &FWindow);
-  action->setObjectName(QString::fromLatin1(name));
-  action->setToolTip(hint.isEmpty() ? Plain(caption) : hint);
-  action->setStatusTip(hint);
-  if (!key.isEmpty()) action->setShortcut(key);
-  if (glyph) action->setIcon(ShellGlyph(glyph));
-  action->setCheckable(checkable);
-  connect(action, &QAction::triggered, this, [this, handler = std::move(handler)] { Guarded(handler); });
-  FWindow.addAction(action);
-  FWindow.FActions[QString::fromLatin1(name)] = action;
-  return action;
-}
-
-void TZTNavigator::Guarded(const std::function<void()>& command) {
-  // Qt's loop must never see an exception: a failed command is told to the user and ends there.
-  try {
-    command();
-  } catch (const std::exception& e) {
-    PromptService().ShowMessage(FWindow.nbkViews, QString::fromUtf8(e.what()), TZTPromptKind::Error);
-    FWindow.UpdateCommandStates();
-  }
-}
-
-void TZTNavigator::CreateCommands() {
+void TZTNavigator::CreateImages() {
   FMessageImages = CreateMessageImageList(this);
   FBookmarkImages = CreateBookmarkImageList(this);
   FNavMsgTypeImages = new TZTImageList(16, 16, this);
   FNavMsgContentImages = new TZTImageList(16, 16, this);
   const QPixmap anyGlyph = ShellGlyph("navany").pixmap(16, 16);
+  const int lastType = static_cast<int>(NavMsgTypeChoices().size()) - 1;
+  for (const TZTNavChoice& choice : NavMsgTypeChoices())
+    FNavMsgTypeImages->SetImage(choice.Tag < 0 ? lastType : choice.Tag,
+                                choice.Code < 0 ? anyGlyph : NavigatorGlyph(FMessageImages, choice.Code));
+  const int lastContent = static_cast<int>(NavMsgContentChoices().size()) - 1;
+  for (const TZTNavChoice& choice : NavMsgContentChoices())
+    FNavMsgContentImages->SetImage(choice.Tag < 0 ? lastContent : choice.Tag,
+                                   choice.Code < 0 ? anyGlyph : NavigatorGlyph(FMessageImages, choice.Code));
+}
 
-  AddAction("actFind", "&Find...", "Find", QKeySequence(Qt::CTRL | Qt::Key_F), "find", [this] { Find(); });
-  AddAction("actFindNext", "Find &Next", "Find Next", QKeySequence(Qt::Key_F3), "findnext", [this] { FindNext(); });
-  AddAction("actJumpToMsg", "&Jump to Message...", "Jump to Message", QKeySequence(Qt::CTRL | Qt::Key_J), "jumpto",
-            [this] { JumpToMsg(); });
-  AddAction("actClearBookmarks", "&Clear Bookmarks", "Clear All Bookmarks", {}, "bookmarkclear",
-            [this] { ClearBookmarks(); });
-  AddAction("actSyncMsgMode", "&Synchronize Message Mode", "Synchronize selected message when changing views",
-            QKeySequence(Qt::Key_F9), "syncmsg", [this] { FlipSyncMsgMode(); }, true);
-  AddAction("actUpdateSyncMsg", "&Update Synchronized Message", "Change the message currently being synchronized", {},
-            "syncupdate", [this] {
-              UpdateSyncMsg();
-              FWindow.UpdateCommandStates();
-            });
-  AddAction("actSelectNavMsg", "Select Navigation &Message...", "Select Navigation Message", {}, "navselect",
-            [this] { SelectNavMsg(); });
-  AddAction("actNavFirst", "&First", "First Message", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Home), "navfirst",
-            [this] { Navigate(ztJumpFirst); });
-  AddAction("actNavPrevious", "&Previous", "Previous Message", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Up), "navprev",
-            [this] { Navigate(ztJumpPrevious); });
-  AddAction("actNavNext", "&Next", "Next Message", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_Down), "navnext",
-            [this] { Navigate(ztJumpNext); });
-  AddAction("actNavLast", "&Last", "Last Message", QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_End), "navlast",
-            [this] { Navigate(ztJumpLast); });
-  AddAction("actNavAutomatic", "&Automatic", QString(), {}, "navauto", [this] {
-    SetNavigatorAutomatic(!FNavigatorAutomatic);
-    FWindow.UpdateCommandStates();
-  }, true);
-  AddAction("actNavTimeDiff", "&Time Difference", QString(), {}, "timediff", [this] { TimeDiffCommand(); }, true);
-
-  for (const TZTNavChoice& choice : NavMsgTypeChoices()) {
-    const int32_t code = choice.Code;
-    QAction* a = AddAction(choice.Name, QString::fromLatin1(choice.Caption), QString(), {}, nullptr, [this, code] {
-      SetNavigatorMsgType(code);
-      UpdateNavigationCommands();
-    }, true);
-    a->setData(choice.Tag);
-    QPixmap glyph = code < 0 ? anyGlyph : NavigatorGlyph(FMessageImages, code);
-    a->setIcon(QIcon(glyph));
-    FNavMsgTypeImages->SetImage(choice.Tag < 0 ? static_cast<int>(NavMsgTypeChoices().size()) - 1 : choice.Tag,
-                                glyph);
-    aclNavMsgType.push_back(a);
-  }
-  for (const TZTNavChoice& choice : NavMsgContentChoices()) {
-    const int32_t code = choice.Code;
-    QAction* a = AddAction(choice.Name, QString::fromLatin1(choice.Caption), QString(), {}, nullptr, [this, code] {
-      SetNavigatorMsgContent(code);
-      UpdateNavigationCommands();
-    }, true);
-    a->setData(choice.Tag);
-    QPixmap glyph = code < 0 ? anyGlyph : NavigatorGlyph(FMessageImages, code);
-    a->setIcon(QIcon(glyph));
-    FNavMsgContentImages->SetImage(
-        choice.Tag < 0 ? static_cast<int>(NavMsgContentChoices().size()) - 1 : choice.Tag, glyph);
-    aclNavMsgContent.push_back(a);
-  }
-
-  static const char* const toggleNames[] = {"actToggleBookmark0", "actToggleBookmark1", "actToggleBookmark2",
-                                            "actToggleBookmark3", "actToggleBookmark4", "actToggleBookmark5",
-                                            "actToggleBookmark6", "actToggleBookmark7", "actToggleBookmark8",
-                                            "actToggleBookmark9"};
-  static const char* const jumpNames[] = {"actJumpToBookmark0", "actJumpToBookmark1", "actJumpToBookmark2",
-                                          "actJumpToBookmark3", "actJumpToBookmark4", "actJumpToBookmark5",
-                                          "actJumpToBookmark6", "actJumpToBookmark7", "actJumpToBookmark8",
-                                          "actJumpToBookmark9"};
-  for (int32_t i = 0; i < 10; ++i) {
-    QAction* a = AddAction(toggleNames[i], QStringLiteral("Toggle Bookmark &%1").arg(i), QString(),
-                           QKeySequence(QKeyCombination(Qt::ShiftModifier | Qt::ControlModifier, Qt::Key(Qt::Key_0 + i))), nullptr, [this, i] { ToggleBookmark(i); }, true);
-    a->setData(i);
-    a->setIcon(QIcon(FBookmarkImages->Image(i)));
-    aclBookmarks.push_back(a);
-  }
-  for (int32_t i = 0; i < 10; ++i) {
-    QAction* a = AddAction(jumpNames[i], QStringLiteral("Jump To Bookmark &%1").arg(i), QString(),
-                           QKeySequence(QKeyCombination(Qt::ControlModifier, Qt::Key(Qt::Key_0 + i))), nullptr, [this, i] { JumpToBookmark(i); });
-    a->setData(i);
-    a->setIcon(QIcon(FBookmarkImages->Image(i)));
-    aclBookmarks.push_back(a);
-  }
-
+void TZTNavigator::BindCommands(std::vector<QAction*> types, std::vector<QAction*> contents,
+                                std::vector<QAction*> bookmarks, QMenu* typeMenu, QMenu* contentMenu) {
+  aclNavMsgType = std::move(types);
+  aclNavMsgContent = std::move(contents);
+  aclBookmarks = std::move(bookmarks);
+  mnuNavMsgType = typeMenu;
+  mnuNavMsgContent = contentMenu;
   // The navigator's two buttons carry the current choice and open its list.
-  mnuNavMsgType = new QMenu(&FWindow);
-  mnuNavMsgType->setObjectName(QStringLiteral("mnuNavMsgType"));
-  for (QAction* a : aclNavMsgType) {
-    if (a->data().toInt() < 0) mnuNavMsgType->addSeparator();
-    mnuNavMsgType->addAction(a);
-  }
-  mnuNavMsgType->addSeparator();
-  mnuNavMsgType->addAction(Act("actNavTimeDiff"));
-  mnuNavMsgType->addAction(Act("actNavAutomatic"));
-  mnuNavMsgType->addSeparator();
-  mnuNavMsgType->addAction(Act("actSelectNavMsg"));
-  mnuNavMsgContent = new QMenu(&FWindow);
-  mnuNavMsgContent->setObjectName(QStringLiteral("mnuNavMsgContent"));
-  for (QAction* a : aclNavMsgContent) {
-    if (a->data().toInt() < 0) mnuNavMsgContent->addSeparator();
-    mnuNavMsgContent->addAction(a);
-  }
-  mnuNavMsgContent->addSeparator();
-  mnuNavMsgContent->addAction(Act("actNavAutomatic"));
-  mnuNavMsgContent->addSeparator();
-  mnuNavMsgContent->addAction(Act("actSelectNavMsg"));
-  auto navButton = [this](const char* name, QMenu* menu) {
+  auto navButton = [this](const char* name, QMenu* menu, const QString& accessible) {
     auto* b = new QToolButton(&FWindow);
     b->setObjectName(QString::fromLatin1(name));
     b->setMenu(menu);
     b->setPopupMode(QToolButton::InstantPopup);
     b->setAutoRaise(true);
     b->setIconSize(QSize(16, 16));
+    b->setAccessibleName(accessible);
     return b;
   };
-  btnNavMsgTypeSelect = navButton("btnNavMsgTypeSelect", mnuNavMsgType);
-  btnNavMsgContentSelect = navButton("btnNavMsgContentSelect", mnuNavMsgContent);
-
-  mnuBtnToggleBookmarks = new QMenu(QStringLiteral("Toggle &Bookmarks"), &FWindow);
-  mnuBtnToggleBookmarks->setObjectName(QStringLiteral("mnuBtnToggleBookmarks"));
-  mnuBtnToggleBookmarks->setIcon(ShellGlyph("bookmarktoggle"));
-  mnuBtnJumpToBookmarks = new QMenu(QStringLiteral("&Jump to Bookmarks"), &FWindow);
-  mnuBtnJumpToBookmarks->setObjectName(QStringLiteral("mnuBtnJumpToBookmarks"));
-  mnuBtnJumpToBookmarks->setIcon(ShellGlyph("bookmarkjump"));
-  for (int i = 0; i < 10; ++i) {
-    mnuBtnToggleBookmarks->addAction(aclBookmarks[static_cast<size_t>(i)]);
-    mnuBtnJumpToBookmarks->addAction(aclBookmarks[static_cast<size_t>(10 + i)]);
-  }
+  btnNavMsgTypeSelect = navButton("btnNavMsgTypeSelect", mnuNavMsgType, QStringLiteral("Navigator Message Type"));
+  btnNavMsgContentSelect =
+      navButton("btnNavMsgContentSelect", mnuNavMsgContent, QStringLiteral("Navigator Message Content"));
 
   // The settings read later overwrite these; until then the buttons show the defaults.
   SetNavigatorAutomatic(FNavigatorAutomatic);
@@ -253,65 +135,14 @@ void TZTNavigator::CreateCommands() {
   SetNavigatorMsgContent(FNavigatorMsgContent);
 }
 
-void TZTNavigator::FillSearchMenu(QMenu* menu) {
-  menu->addAction(Act("actFind"));
-  menu->addAction(Act("actFindNext"));
-  menu->addAction(Act("actJumpToMsg"));
-  menu->addSeparator();
-  // Own copies of the bookmark submenus: a QMenu shown inside another keeps that parent.
-  QMenu* toggles = menu->addMenu(QStringLiteral("Toggle &Bookmarks"));
-  toggles->setObjectName(QStringLiteral("mnuToggleBookmarks"));
-  QMenu* jumps = menu->addMenu(QStringLiteral("&Jump to Bookmarks"));
-  jumps->setObjectName(QStringLiteral("mnuJumpToBookmarks"));
-  for (int i = 0; i < 10; ++i) {
-    toggles->addAction(aclBookmarks[static_cast<size_t>(i)]);
-    jumps->addAction(aclBookmarks[static_cast<size_t>(10 + i)]);
-  }
-  menu->addAction(Act("actClearBookmarks"));
-  menu->addSeparator();
-  menu->addAction(Act("actSyncMsgMode"));
-  menu->addAction(Act("actUpdateSyncMsg"));
-  menu->addSeparator();
-  menu->addAction(Act("actSelectNavMsg"));
-  menu->addAction(Act("actNavFirst"));
-  menu->addAction(Act("actNavPrevious"));
-  menu->addAction(Act("actNavNext"));
-  menu->addAction(Act("actNavLast"));
+void TZTNavigator::ChooseMsgType(int32_t code) {
+  SetNavigatorMsgType(code);
+  FWindow.UpdateCommandStates();
 }
 
-void TZTNavigator::AddNavigatorButtons(QToolBar* bar) {
-  bar->addAction(Act("actNavFirst"));
-  bar->addAction(Act("actNavPrevious"));
-  bar->addWidget(btnNavMsgTypeSelect);
-  bar->addWidget(btnNavMsgContentSelect);
-  bar->addAction(Act("actNavNext"));
-  bar->addAction(Act("actNavLast"));
-}
-
-void TZTNavigator::AddSearchButtons(QToolBar* bar) {
-  bar->addAction(Act("actFind"));
-  bar->addAction(Act("actFindNext"));
-}
-
-void TZTNavigator::AddBookmarkButtons(QToolBar* bar) {
-  auto menuButton = [this, bar](const char* name, QMenu* menu, const QString& hint) {
-    auto* b = new QToolButton(bar);
-    b->setObjectName(QString::fromLatin1(name));
-    b->setMenu(menu);
-    b->setIcon(menu->icon());
-    b->setToolTip(hint);
-    b->setPopupMode(QToolButton::InstantPopup);
-    b->setAutoRaise(true);
-    bar->addWidget(b);
-  };
-  menuButton("btnToggleBookmarks", mnuBtnToggleBookmarks, QStringLiteral("Toggle Bookmarks"));
-  menuButton("btnJumpToBookmarks", mnuBtnJumpToBookmarks, QStringLiteral("Jump to Bookmarks"));
-  bar->addAction(Act("actClearBookmarks"));
-}
-
-void TZTNavigator::AddBookmarkMenus(QMenu* menu) {
-  menu->addMenu(mnuBtnToggleBookmarks);
-  menu->addMenu(mnuBtnJumpToBookmarks);
+void TZTNavigator::ChooseMsgContent(int32_t code) {
+  SetNavigatorMsgContent(code);
+  FWindow.UpdateCommandStates();
 }
 
 // ---------------------------------------------------------------------------------------------------
@@ -388,9 +219,7 @@ void TZTNavigator::SetNavigatorTimeDiff(bool on) {
   // On, the type button shows the mode; off, the stored choice comes back on both buttons.
   SetNavigatorMsgType(FNavigatorMsgType);
   if (!on) SetNavigatorMsgContent(FNavigatorMsgContent);
-  for (QAction* a : aclNavMsgType) a->setEnabled(!on);
-  for (QAction* a : aclNavMsgContent) a->setEnabled(!on);
-  UpdateNavigationCommands();
+  if (!FWindow.FLoadingSettings) FWindow.UpdateCommandStates();
 }
 
 void TZTNavigator::TimeDiffCommand() {
@@ -528,43 +357,26 @@ void TZTNavigator::EnableNextAndLast() {
   Act("actNavLast")->setEnabled(true);
 }
 
-void TZTNavigator::UpdateNavigationCommands() {
-  // While the settings are read there is no view to ask yet.
-  if (FWindow.FLoadingSettings || FWindow.FActions.empty()) return;
+void TZTNavigator::GatherFacts(TZTCommandFacts& facts) {
+  IZTMessageViewList* list = FWindow.FActiveList;
+  facts.SyncMode = FSyncMsgMode;
+  facts.NavTimeDiff = FNavigatorTimeDiff;
+  facts.AnyBookmark = false;
+  for (int32_t i = 0; i < 10; ++i) {
+    const bool set = facts.Focus && list && list->GetBookmark(i) >= 0;
+    facts.Bookmarks[static_cast<size_t>(i)] = set;
+    facts.AnyBookmark = facts.AnyBookmark || set;
+  }
+  // In time-difference mode every step is offered; otherwise the walks stop at the first match on
+  // each side of the focus.
   bool hasNext = true, hasPrevious = true;
   if (!FNavigatorTimeDiff) {
     hasNext = hasPrevious = false;
-    if (FWindow.FActiveList) FWindow.FActiveList->UpdateNavigation(FNavigatorMsgType, FNavigatorMsgContent, hasNext, hasPrevious);
+    if (list) list->UpdateNavigation(FNavigatorMsgType, FNavigatorMsgContent, hasNext, hasPrevious);
   }
-  Act("actNavFirst")->setEnabled(hasPrevious);
-  Act("actNavPrevious")->setEnabled(hasPrevious);
-  Act("actNavNext")->setEnabled(hasNext);
-  Act("actNavLast")->setEnabled(hasNext);
+  facts.NavHasNext = hasNext;
+  facts.NavHasPrevious = hasPrevious;
   FNextLastEnabled = hasNext;
-}
-
-void TZTNavigator::UpdateCommandStates(bool hasRows, bool hasFocus) {
-  IZTMessageViewList* list = FWindow.FActiveList;
-  const bool search = FWindow.FActiveSearch != nullptr;
-  const bool manyViews = FWindow.ViewCount() > 1;
-  Act("actFind")->setEnabled(hasRows && search);
-  Act("actFindNext")->setEnabled(hasRows && search);
-  Act("actJumpToMsg")->setEnabled(hasRows && search && list);
-  Act("actSyncMsgMode")->setEnabled((hasFocus || FSyncMsgMode) && manyViews);
-  Act("actSyncMsgMode")->setChecked(FSyncMsgMode);
-  Act("actUpdateSyncMsg")->setEnabled(FSyncMsgMode && manyViews);
-
-  bool anyBookmark = false;
-  for (int32_t i = 0; i < 10; ++i) {
-    const bool set = hasFocus && list && list->GetBookmark(i) >= 0;
-    anyBookmark = anyBookmark || set;
-    QAction* toggle = aclBookmarks[static_cast<size_t>(i)];
-    toggle->setEnabled(hasFocus && list);
-    toggle->setChecked(set);
-    aclBookmarks[static_cast<size_t>(10 + i)]->setEnabled(set);
-  }
-  Act("actClearBookmarks")->setEnabled(hasFocus && anyBookmark);
-  UpdateNavigationCommands();
 }
 
 }  // namespace zentrail

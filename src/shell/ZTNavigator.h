@@ -26,6 +26,7 @@ namespace zentrail {
 
 class TFrmViewer;
 class TZTImageList;
+struct TZTCommandFacts;
 
 // One navigator choice of the type or content lists: the command's name, caption, tag and code.
 struct TZTNavChoice {
@@ -77,19 +78,14 @@ class TZTNavigator : public QObject {
   void StoreEmptied();
 
   // ---- What the window calls.
-  // Makes every command of this side; the window's settings are read after this.
-  void CreateCommands();
-  void FillSearchMenu(QMenu* menu);
-  // The navigator's group of the view toolbar: first, previous, type and content buttons, next, last.
-  void AddNavigatorButtons(QToolBar* bar);
-  void AddSearchButtons(QToolBar* bar);
-  // Toggle and jump buttons with their bookmark menus, and clear.
-  void AddBookmarkButtons(QToolBar* bar);
-  // The toggle and jump submenus, for the message list's popup.
-  void AddBookmarkMenus(QMenu* menu);
-  // Enabled and checked states of this side's commands; called from UpdateCommandStates.
-  void UpdateCommandStates(bool hasRows, bool hasFocus);
-  void UpdateNavigationCommands();
+  // The image lists of messages, bookmarks and the navigator's choices; before the commands.
+  void CreateImages();
+  // Takes the commands of its lists from the window's table, and the popups of its buttons.
+  void BindCommands(std::vector<QAction*> types, std::vector<QAction*> contents, std::vector<QAction*> bookmarks,
+                    QMenu* typeMenu, QMenu* contentMenu);
+  // What the command rules need from this side: bookmarks of the focused row, and whether the
+  // navigator can step back or forth from it.
+  void GatherFacts(TZTCommandFacts& facts);
   // The store stands on the newly selected message.
   void MessageSelected();
   // After the active view changed: it shows the synchronised message, if there is one.
@@ -100,6 +96,21 @@ class TZTNavigator : public QObject {
         !FNextLastEnabled)
       EnableNextAndLast();
   }
+
+  // ---- The commands' handlers.
+  void Navigate(int32_t direction);
+  void Find();
+  void FindNext();
+  void JumpToMsg();
+  void ToggleBookmark(int32_t index);
+  void JumpToBookmark(int32_t index);
+  void ClearBookmarks();
+  void SelectNavMsg();
+  void TimeDiffCommand();
+  void FlipSyncMsgMode();
+  void ChooseMsgType(int32_t code);
+  void ChooseMsgContent(int32_t code);
+
   TZTImageList* NavMsgTypeImages() const { return FNavMsgTypeImages; }
   TZTImageList* NavMsgContentImages() const { return FNavMsgContentImages; }
   TZTImageList* MessageImages() const { return FMessageImages; }
@@ -116,20 +127,6 @@ class TZTNavigator : public QObject {
   std::function<bool()> AltHeld;
 
  private:
-  QAction* AddAction(const char* name, const QString& caption, const QString& hint, const QKeySequence& key, const char* glyph,
-                     std::function<void()> handler, bool checkable = false);
-  // Runs a command: what it raises is shown to the user and goes no further.
-  void Guarded(const std::function<void()>& command);
-  void Navigate(int32_t direction);
-  void Find();
-  void FindNext();
-  void JumpToMsg();
-  void ToggleBookmark(int32_t index);
-  void JumpToBookmark(int32_t index);
-  void ClearBookmarks();
-  void SelectNavMsg();
-  void TimeDiffCommand();
-  void FlipSyncMsgMode();
   void EnableNextAndLast();
   void ShowChoiceOnButton(QToolButton* button, QAction* action, int32_t code, bool content);
   QAction* Act(const char* name) const;
@@ -149,8 +146,6 @@ class TZTNavigator : public QObject {
   std::vector<QAction*> aclBookmarks;  // toggles 0..9, then jumps 0..9
   QMenu* mnuNavMsgType = nullptr;
   QMenu* mnuNavMsgContent = nullptr;
-  QMenu* mnuBtnToggleBookmarks = nullptr;
-  QMenu* mnuBtnJumpToBookmarks = nullptr;
   QToolButton* btnNavMsgTypeSelect = nullptr;
   QToolButton* btnNavMsgContentSelect = nullptr;
   TZTImageList* FNavMsgTypeImages = nullptr;

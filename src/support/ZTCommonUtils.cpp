@@ -245,7 +245,18 @@ std::string NormalizeLineEnds(std::string_view text) {
 
 std::string HelpFolder() {
   std::string install = GetInstallPath();
-  return install.empty() ? install : install + "Help/";
+  if (!install.empty()) return install + "Help/";
+#ifdef ZENTRAIL_HELP_BESIDE_PROGRAM
+  // Without a registered install, the pages installed with the program itself, so that an install
+  // under any prefix has its help without the machine-wide registry file.
+  const std::string exe = GetExecutableFolder();
+  std::error_code ec;
+  if (!exe.empty()) {
+    const fs::path folder = (fs::path(exe) / ZENTRAIL_HELP_BESIDE_PROGRAM).lexically_normal();
+    if (fs::is_directory(folder, ec)) return WithSlash(folder.string());
+  }
+#endif
+  return std::string();
 }
 
 std::string HelpTopicFile(std::string_view topicName) {

@@ -59,9 +59,10 @@ std::string NormalizeLineEnds(std::string_view text);
 // The Windows form of a path in a text becomes its "/" form.
 std::string ToSlashPath(std::string_view path);
 
-// Help pages: <InstallPath>/Help/<lower-case topic>.htm, or empty without an install path.
+// Help pages: <help folder>/<lower-case topic>.htm, or empty without a help folder.
 std::string HelpTopicFile(std::string_view topicName);
-// The help folder, <InstallPath>/Help/, or empty without an install path.
+// The help folder: <InstallPath>/Help/; without an install path, the help installed with the
+// running program (share/zentrail/Help of its prefix) if it is there; else empty.
 std::string HelpFolder();
 inline constexpr const char* ztHelpFileMissingText =
     "Zentrail Help File (Zentrail5.chm) could not be found.";

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "TestEnvironment.h"
 #include "ZentrailTestServers.h"
@@ -50,17 +51,20 @@ TEST(Package, InstalledClientBuildsWithCMakeAndPkgConfigAndRuns) {
   fs::path work = MakeTempDir("package");
   fs::path prefix = work / "prefix";
   fs::path log = work / "build.log";
-  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --component client --prefix '" +
+  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --prefix '" +
                     prefix.string() + "'",
                 log),
             0)
       << ReadFile(log);
   ASSERT_TRUE(fs::exists(prefix / "include/zentrail/ZentrailLogging.h"));
   ASSERT_TRUE(fs::exists(prefix / "include/zentrail/ZentrailMessage.h"));
-  // The public headers stand on their own: nothing of the build tree, nothing of Qt.
+  // The public headers stand on their own: nothing of the build tree, nothing of Qt, except in the
+  // Qt adaptor, which is a target of its own that plain programs never include.
   for (auto& entry : fs::directory_iterator(prefix / "include/zentrail")) {
     std::string text = ReadFile(entry.path());
-    EXPECT_EQ(text.find("#include <Q"), std::string::npos) << entry.path();
+    if (entry.path().filename() != "ZentrailQt.h") {
+      EXPECT_EQ(text.find("#include <Q"), std::string::npos) << entry.path();
+    }
     EXPECT_EQ(text.find("ZTChannel.h"), std::string::npos) << entry.path();
   }
 
@@ -127,4 +131,88 @@ TEST(Package, InstalledClientBuildsWithCMakeAndPkgConfigAndRuns) {
   }
   EXPECT_EQ(messages[0].AppName, "user_shared");
   EXPECT_EQ(messages[10].AppName, "user_pc");
+}
+
+TEST(Package, ExamplesBuildAgainstTheInstalledPackageAndLog) {
+#if defined(ZENTRAIL_SANITIZED) && ZENTRAIL_SANITIZED
+  GTEST_SKIP() << "a sanitizer build installs libraries that need the sanitizer runtime at link time";
+#endif
+  const fs::path examples = fs::path(ZENTRAIL_TEST_DATA_DIR).parent_path().parent_path() / "examples";
+  ASSERT_TRUE(fs::exists(examples / "plain/main.cpp")) << examples;
+  fs::path work = MakeTempDir("examples");
+  fs::path prefix = work / "prefix";
+  fs::path log = work / "build.log";
+  ASSERT_EQ(Shell("cmake --install '" + std::string(ZENTRAIL_BINARY_DIR) + "' --prefix '" +
+                    prefix.string() + "'",
+                log),
+            0)
+      << ReadFile(log);
+  // The Qt example needs the Qt adaptor, which a build without Qt does not install.
+  const bool withQt = fs::exists(prefix / "include/zentrail/ZentrailQt.h");
+  std::vector<std::string> names = {"plain"};
+  if (withQt) names.push_back("qt");
+  for (const auto& name : names) {
+    const fs::path build = work / ("build-" + name);
+    ASSERT_EQ(Shell("cmake -S '" + (examples / name).string() + "' -B '" + build.string() +
+                      "' -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH='" + prefix.string() + "'",
+                  log),
+              0)
+        << ReadFile(log);
+    ASSERT_EQ(Shell("cmake --build '" + build.string() + "'", log), 0) << ReadFile(log);
+  }
+
+  TChildProcess dispatcher;
+  std::string error;
+  std::string socket = DispatcherSocketPath(error);
+  ASSERT_TRUE(dispatcher.Start(BinaryPath("src/dispatcher/zentrail-dispatcher"), {}));
+  ASSERT_TRUE(WaitUntil([&] { return SocketAnswers(socket); }));
+  fs::path libdir;
+  for (auto& e : fs::recursive_directory_iterator(prefix))
+    if (e.path().filename() == "libzentrail.so") libdir = e.path().parent_path();
+  const fs::path plainLog = work / "logs/plain.ztl";
+  const fs::path qtLog = work / "logs/qt.ztl";
+  ASSERT_EQ(Shell("env LD_LIBRARY_PATH='" + libdir.string() + "' '" + (work / "build-plain/example-plain").string() +
+                    "' '" + plainLog.string() + "'",
+                log),
+            0)
+      << ReadFile(log);
+  if (withQt) {
+    ASSERT_EQ(Shell("env QT_QPA_PLATFORM=offscreen LD_LIBRARY_PATH='" + libdir.string() + "' '" +
+                      (work / "build-qt/example-qt").string() + "' '" + qtLog.string() + "'",
+                  log),
+              0)
+        << ReadFile(log);
+  }
+  EXPECT_EQ(dispatcher.Signal(SIGTERM), 0);
+
+  std::string problem;
+  auto plain = ReadLog(plainLog.string(), &problem);
+  EXPECT_EQ(problem, "");
+  std::map<std::string, TZentrailMessage> byText;
+  for (const auto& m : plain) byText.emplace(m.MsgText, m);
+  ASSERT_TRUE(byText.count("Invoice"));
+  EXPECT_EQ(byText["Invoice"].MsgContent, ztmObject);
+  EXPECT_EQ(byText["Invoice"].Details, "Number=INV-1001\r\nPaid=False\r\nTotal=249.9\r\n");
+  EXPECT_EQ(byText["Readings"].Details, "20.50\r\n21.25\r\n19.75\r\n");
+  EXPECT_EQ(byText["Stock"].MsgContent, ztmCustomTable);
+  EXPECT_EQ(byText["Stock"].Details, "Item\tOn hand\r\nTea\t12\r\nCups\t40\r\n");
+  EXPECT_TRUE(byText.count("sum = 10"));
+  EXPECT_EQ(byText["Total"].MsgType, ztmEnterMethod);
+  EXPECT_EQ(std::count_if(plain.begin(), plain.end(), [](auto& m) { return m.MsgType == ztmTiming; }), 1);
+
+  if (withQt) {
+    auto qt = ReadLog(qtLog.string(), &problem);
+    EXPECT_EQ(problem, "");
+    std::map<std::string, TZentrailMessage> qtByText;
+    for (const auto& m : qt) qtByText.emplace(m.MsgText, m);
+    ASSERT_TRUE(qtByText.count("User name box"));
+    EXPECT_EQ(qtByText["User name box"].TypeName, "QLineEdit");
+    EXPECT_NE(qtByText["User name box"].Details.find("text=chen.li\r\n"), std::string::npos);
+    EXPECT_EQ(qtByText["Settings form"].TypeName, "PngImage");
+    EXPECT_EQ(qtByText["Settings form"].Details.rfind("89504E470D0A1A0A", 0), 0u) << "a PNG signature";
+    EXPECT_EQ(qtByText["Settings widgets"].Details,
+              "QWidget: frmSettings\r\n\tQLabel: <Unnamed>\r\n\tQLineEdit: edtUser\r\n\tQCheckBox: chkRemember\r\n");
+    EXPECT_EQ(qtByText["Accent: $00D77800 = RGB( 0, 120, 215 )"].MsgContent, ztmColor);
+    EXPECT_EQ(qtByText["Recent users"].Details, "chen.li\r\neva.novak\r\n");
+  }
 }

@@ -564,11 +564,13 @@ TEST_F(NavigationTest, ScreenshotOfTheViewToolbarAndSearchMenu) {
   Viewer->show();
   SpinUntil([] { return false; }, 200);
   // Every navigator, search and bookmark command sits on the view toolbar or its buttons.
-  auto* bar = Viewer->findChild<QToolBar*>("tbrView");
+  auto* bar = Viewer->findChild<QWidget*>("tbrView");
   ASSERT_NE(bar, nullptr);
   for (const char* name : {"actNavFirst", "actNavPrevious", "actNavNext", "actNavLast", "actFind", "actFindNext",
-                           "actClearBookmarks", "actSyncMsgMode"})
-    EXPECT_TRUE(bar->actions().contains(Act(name))) << name;
+                           "actClearBookmarks", "actSyncMsgMode"}) {
+    auto* button = bar->findChild<QToolButton*>(name);
+    EXPECT_TRUE(button && button->defaultAction() == Act(name)) << name;
+  }
   for (const char* name : {"btnNavMsgTypeSelect", "btnNavMsgContentSelect", "btnToggleBookmarks", "btnJumpToBookmarks"})
     EXPECT_NE(bar->findChild<QToolButton*>(name), nullptr) << name;
   QImage shot = Viewer->grab().toImage();

@@ -30,6 +30,7 @@ void Usage(FILE* out) {
       "  --retry SECONDS    when a message is not taken, try it again for up to SECONDS (for a\n"
       "                     dispatcher that is being restarted) before giving up\n"
       "  --help             this text\n"
+      "  --version          the version\n"
       "\n"
       "Each message waits at most ZENTRAIL_TIMEOUT_MS milliseconds (default 5000) for its answer.\n"
       "Exit status: 0 when every message was taken, 1 when one was not, 2 for wrong arguments.\n"
@@ -87,6 +88,9 @@ int main(int argc, char** argv) {
     };
     if (arg == "--help" || arg == "-h") {
       Usage(stdout);
+      return 0;
+    } else if (arg == "--version") {
+      std::puts("zentrail-send (Zentrail) " ZENTRAIL_VERSION_TEXT);
       return 0;
     } else if (arg == "--type") {
       std::string t = value();

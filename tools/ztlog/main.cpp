@@ -10,6 +10,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: ztlog dump [--json] [--strict] FILE...\n"
+    "       ztlog --help | --version\n"
     "\n"
     "  dump          print one line per record: number, date and time, type, content,\n"
     "                process id, thread, application, category and text (tab-separated,\n"
@@ -31,6 +32,10 @@ int main(int argc, char** argv) {
       !std::strcmp(argv[1], "help")) {
     std::cout << kUsage;
     return argc < 2 ? 2 : 0;
+  }
+  if (!std::strcmp(argv[1], "--version")) {
+    std::cout << "ztlog (Zentrail) " ZENTRAIL_VERSION_TEXT "\n";
+    return 0;
   }
   if (std::strcmp(argv[1], "dump") != 0) {
     std::cerr << "ztlog: unknown command \"" << argv[1] << "\"\n" << kUsage;

@@ -14,7 +14,14 @@ TZTHelpOpener& Opener() {
 }
 }  // namespace
 
+static TZTHelpOpener& DefaultOpener() {
+  static TZTHelpOpener opener;
+  return opener;
+}
+
 void SetHelpOpener(TZTHelpOpener opener) { Opener() = std::move(opener); }
+
+void SetDefaultHelpOpener(TZTHelpOpener opener) { DefaultOpener() = std::move(opener); }
 
 void ShowHelpTopic(const QString& topicName) {
   const std::string file = HelpTopicFile(topicName.toStdString());
@@ -28,6 +35,8 @@ void ShowHelpTopic(const QString& topicName) {
   const QUrl url = QUrl::fromLocalFile(path);
   if (Opener()) {
     Opener()(url);
+  } else if (DefaultOpener()) {
+    DefaultOpener()(url);
   } else {
     QDesktopServices::openUrl(url);
   }

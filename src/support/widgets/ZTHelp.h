@@ -19,5 +19,8 @@ void CloseHelp();
 // function restores the desktop's opener.
 using TZTHelpOpener = std::function<bool(const QUrl&)>;
 void SetHelpOpener(TZTHelpOpener opener);
+// The program's own way to show a page when no opener is set (the viewer's help window); empty
+// leaves it to the desktop's browser.
+void SetDefaultHelpOpener(TZTHelpOpener opener);
 
 }  // namespace zentrail
