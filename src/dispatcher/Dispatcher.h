@@ -240,6 +240,7 @@ class TDispatcher {
   void CloseClient(int fd);
   void RetryWaiting();
   void Shutdown();
+  bool SocketFileGone() const;
   void Log(const std::string& text) const;
 
   TDispatcherOptions FOptions;

@@ -132,8 +132,10 @@ int TDispatcher::Run() {
   bool running = true;
   std::vector<epoll_event> events(64);
   while (running) {
-    // With clients connected, wake now and then to let go of those that stalled.
-    int n = epoll_wait(FEpoll, events.data(), static_cast<int>(events.size()), FClients.empty() ? -1 : 1000);
+    // With clients connected, wake now and then to let go of those that stalled; with none, now
+    // and then to see whether the socket file it made is still there.
+    const int timeout = !FClients.empty() ? 1000 : FSocketInode != 0 ? 2000 : -1;
+    int n = epoll_wait(FEpoll, events.data(), static_cast<int>(events.size()), timeout);
     if (n < 0) {
       if (errno == EINTR) continue;
       Log(std::string("epoll failed: ") + std::strerror(errno));
@@ -160,6 +162,12 @@ int TDispatcher::Run() {
       }
     }
     DropIdleClients();
+    if (FClients.empty() && SocketFileGone()) {
+      // No new client can find this dispatcher, and while it holds the lock none can start
+      // another one: ending is the only useful thing left to do.
+      Log("the socket " + FSocketPath + " was removed; ending");
+      running = false;
+    }
   }
   Shutdown();
   return 0;
@@ -522,6 +530,12 @@ std::vector<TSink*> TDispatcher::SinksFor(const std::string& destinationText, in
     text = destination.Additional();
   }
   return sinks;
+}
+
+bool TDispatcher::SocketFileGone() const {
+  if (FSocketInode == 0) return false;  // the service manager's socket is its own business
+  struct stat st {};
+  return stat(FSocketPath.c_str(), &st) != 0 || st.st_ino != FSocketInode;
 }
 
 void TDispatcher::Shutdown() {
