@@ -166,9 +166,10 @@ int main(int argc, char** argv) {
       viewer.OnLoadSlice = nullptr;
       if (std::getenv("BENCH_VERBOSE")) {
         std::string line = "slices:";
-        for (qint64 at : slices) line += " " + std::to_string(at);
+        // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) about " " + std::string.
+        for (qint64 at : slices) line.append(" ").append(std::to_string(at));
         line += "\npaints:";
-        for (qint64 at : watch.Paints) line += " " + std::to_string(at);
+        for (qint64 at : watch.Paints) line.append(" ").append(std::to_string(at));
         std::fprintf(stderr, "%s\n", line.c_str());
       }
       const double ms = static_cast<double>(timer.nsecsElapsed()) / 1e6;

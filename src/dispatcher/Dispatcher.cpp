@@ -66,16 +66,27 @@ TQueuedSink::~TQueuedSink() { Stop(0); }
 
 void TQueuedSink::Start() { FThread = std::thread([this] { Run(); }); }
 
-TSink::TPush TQueuedSink::Push(const TPacket& packet, const TZentrailPacketView&) {
+TSink::TPush TQueuedSink::Push(std::string_view packet) {
   {
     std::lock_guard lock(FLock);
     // An empty queue takes any packet, so that a single large one cannot wait forever.
-    if (FBytes > 0 && FBytes + packet->size() > ztSinkQueueLimit) {
+    if (FBytes > 0 && FBytes + packet.size() > ztSinkQueueLimit) {
       FSomeoneWaits.store(true);
       return TPush::Full;
     }
-    FQueue.push_back(packet);
-    FBytes += packet->size();
+    if (FQueue.empty() || FQueue.back().Taken || FQueue.back().Count >= BatchLimit() ||
+        FQueue.back().Records.size() + ztFrameHeaderSize + packet.size() > BatchBytes()) {
+      FQueue.emplace_back();
+      if (!FSpare.empty()) {
+        FQueue.back().Records.swap(FSpare.back());
+        FSpare.pop_back();
+      }
+    }
+    TChunk& chunk = FQueue.back();
+    AppendBatchRecord(chunk.Records, ztPacketTag, packet);
+    ++chunk.Count;
+    chunk.Bytes += packet.size();
+    FBytes += packet.size();
   }
   FCv.notify_one();
   return TPush::Taken;
@@ -93,29 +104,34 @@ std::size_t TQueuedSink::QueuedBytes() const {
   return FBytes;
 }
 
+void TQueuedSink::DeliverBatch(std::string_view records, std::size_t) {
+  TZTBatchReader reader(records);
+  uint32_t tag = 0;
+  std::string_view packet;
+  while (reader.Next(tag, packet) == TZTBatchReader::TStep::Record) Deliver(std::string(packet));
+}
+
 void TQueuedSink::Run() {
-  // A batch is bounded in bytes too, so that one request never carries the whole queue.
-  constexpr std::size_t kBatchBytes = 4u * 1024 * 1024;
-  std::vector<TPacket> batch;
   for (;;) {
-    batch.clear();
-    std::size_t bytes = 0;
+    TChunk* chunk = nullptr;
     {
       std::unique_lock lock(FLock);
       FCv.wait(lock, [&] { return !FQueue.empty() || FStopping.load(); });
       if (FQueue.empty() || FAbandon.load()) break;
-      for (const TPacket& p : FQueue) {
-        if (batch.size() >= BatchLimit() || (!batch.empty() && bytes + p->size() > kBatchBytes)) break;
-        batch.push_back(p);
-        bytes += p->size();
-      }
+      // Whatever queued up meanwhile goes now, never waiting for more. Chunks stay in place while
+      // others are added behind them (a deque does not move its elements), and the packets stay
+      // counted against the bound until they are delivered.
+      chunk = &FQueue.front();
+      chunk->Taken = true;
     }
-    // The packets stay queued, and counted against the bound, until they are delivered.
-    DeliverBatch(batch);
+    DeliverBatch(chunk->Records, chunk->Count);
     {
       std::lock_guard lock(FLock);
-      FQueue.erase(FQueue.begin(), FQueue.begin() + static_cast<std::ptrdiff_t>(batch.size()));
-      FBytes -= bytes;
+      FBytes -= chunk->Bytes;
+      chunk->Records.clear();
+      // A chunk of a flood once in a while must not be kept at its largest for the rest of the run.
+      if (FSpare.size() < 4 && chunk->Records.capacity() <= 2 * BatchBytes()) FSpare.push_back(std::move(chunk->Records));
+      FQueue.pop_front();
     }
     if (FSomeoneWaits.exchange(false)) Wake(FWakeFd);
   }
@@ -153,14 +169,31 @@ TViewerSink::TViewerSink(int wakeFd, std::string socketPath) : TQueuedSink(wakeF
 
 TViewerSink::~TViewerSink() { Stop(0); }
 
-void TViewerSink::Deliver(const std::string& packet) {
+void TViewerSink::Deliver(const std::string& packet) { Forward(ztPacketTag, packet); }
+
+void TViewerSink::DeliverBatch(std::string_view records, std::size_t count) {
+  if (count == 1) {
+    // A lone message goes as the frame it came in.
+    TZTBatchReader reader(records);
+    uint32_t tag = 0;
+    std::string_view packet;
+    if (reader.Next(tag, packet) == TZTBatchReader::TStep::Record) Forward(ztPacketTag, packet);
+    return;
+  }
+  Forward(ztBatchTag, records);
+}
+
+void TViewerSink::Forward(uint32_t tag, std::string_view payload) {
   std::string error;
   for (int attempt = 0; attempt < 2 && !Abandoned(); ++attempt) {
     if (FFd < 0) {
       FFd = ConnectUnixSocket(FPath, error);
-      if (FFd < 0) return;  // no viewer runs: the message is dropped
+      if (FFd < 0) return;  // no viewer runs: the messages are dropped
     }
-    int result = SendFrameAndWaitReply(FFd, ztPacketTag, packet, DeadlineIn(kViewerAnswerMs), error);
+    // A batch answers how many records the viewer took; what it refused it refused for good
+    // (messages blocked, a packet it cannot read), as with a single frame answered 0.
+    int64_t result = tag == ztBatchTag ? SendBatchAndWaitCount(FFd, payload, DeadlineIn(kViewerAnswerMs), error)
+                                       : SendFrameAndWaitReply(FFd, tag, payload, DeadlineIn(kViewerAnswerMs), error);
     if (result >= 0) return;
     if (result == ztTimedOut) {
       close(FFd.exchange(-1));
@@ -418,12 +451,12 @@ void TFileSink::Rotate() {
   FOpenName.clear();
 }
 
-TSink::TPush TFileSink::Push(const TPacket& packet, const TZentrailPacketView&) {
+TSink::TPush TFileSink::Push(std::string_view packet) {
   struct tm local {};
   int32_t day = LocalDay(local);
   if (!OpenFor(day)) return TPush::Refused;
   FRecord.clear();
-  AppendLogRecordFromPacket(*packet, FRecord);
+  AppendLogRecordFromPacket(packet, FRecord);
   if (FOptions.MaxSize > 0 && FSize > 0 && FSize + static_cast<int64_t>(FRecord.size()) > FOptions.MaxSize * 1024) {
     Rotate();
     if (!OpenFor(day)) return TPush::Refused;

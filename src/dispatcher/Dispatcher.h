@@ -25,25 +25,27 @@ namespace zentrail {
 // Bound on what one queued destination holds; beyond it clients wait for their answer.
 inline constexpr std::size_t ztSinkQueueLimit = 64u * 1024 * 1024;
 
-using TPacket = std::shared_ptr<const std::string>;
-
 class TSink {
  public:
   enum class TPush { Taken, Full, Refused };
   virtual ~TSink() = default;
-  // Main thread: hands one packet over. Full means "try again when told".
-  virtual TPush Push(const TPacket& packet, const TZentrailPacketView& view) = 0;
+  // Main thread: hands one packet over (the sink keeps a copy if it needs one). Full means "try
+  // again when told".
+  virtual TPush Push(std::string_view packet) = 0;
   virtual bool HasRoom(std::size_t) const { return true; }
   // Finishes the work already taken, within the time given, and stops.
   virtual void Stop(int waitMs) { (void)waitMs; }
 };
 
-// A destination served by a thread of its own from a bounded queue.
+// A destination served by a thread of its own from a bounded queue. The queue holds packets as the
+// records of batch frames, in chunks: what arrives while the thread delivers goes into the open
+// chunk, and the thread takes a whole chunk at a time, so that a packet is copied once and a
+// flood costs no allocation per message.
 class TQueuedSink : public TSink {
  public:
   explicit TQueuedSink(int wakeFd);
   ~TQueuedSink() override;
-  TPush Push(const TPacket& packet, const TZentrailPacketView& view) override;
+  TPush Push(std::string_view packet) override;
   bool HasRoom(std::size_t bytes) const override;
   void Stop(int waitMs) override;
   std::size_t QueuedBytes() const;
@@ -55,9 +57,11 @@ class TQueuedSink : public TSink {
   // A destination that gains from batches takes up to BatchLimit() packets at once, as many as are
   // queued at that moment; by default one at a time through Deliver.
   virtual std::size_t BatchLimit() const { return 1; }
-  virtual void DeliverBatch(const std::vector<TPacket>& packets) {
-    for (const TPacket& p : packets) Deliver(*p);
-  }
+  // A batch is bounded in bytes too (records with their headers), so that one request never
+  // carries the whole queue.
+  virtual std::size_t BatchBytes() const { return 4u * 1024 * 1024; }
+  // records: count packets as the payload of a batch frame (each a tag, a length and the packet).
+  virtual void DeliverBatch(std::string_view records, std::size_t count);
   // Worker thread: waits for the time given, cut short when the destination is given up; false
   // then.
   bool PauseUnlessAbandoned(std::chrono::milliseconds pause);
@@ -71,7 +75,14 @@ class TQueuedSink : public TSink {
   int FWakeFd;
   mutable std::mutex FLock;
   std::condition_variable FCv;
-  std::deque<TPacket> FQueue;
+  struct TChunk {
+    std::string Records;
+    std::size_t Count = 0;
+    std::size_t Bytes = 0;  // of the packets alone, as the bound counts them
+    bool Taken = false;     // being delivered: nothing more goes in
+  };
+  std::deque<TChunk> FQueue;
+  std::vector<std::string> FSpare;  // emptied chunks, kept for their capacity
   std::size_t FBytes = 0;
   std::atomic<bool> FStopping{false};
   std::atomic<bool> FAbandon{false};
@@ -81,18 +92,27 @@ class TQueuedSink : public TSink {
 };
 
 // Forwards to the viewer's socket; drops messages while no viewer runs and finds one that
-// starts later.
+// starts later. What has queued up while the viewer answered the last request goes in one batch
+// frame, never waiting for more: a lone message leaves at once, a flood in large batches.
 class TViewerSink : public TQueuedSink {
  public:
   TViewerSink(int wakeFd, std::string socketPath);
   ~TViewerSink() override;
+  static constexpr std::size_t kBatchRecords = 4096;
+  static constexpr std::size_t kBatchBytes = 1024u * 1024;
 
  protected:
   void Deliver(const std::string& packet) override;
+  std::size_t BatchLimit() const override { return kBatchRecords; }
+  std::size_t BatchBytes() const override { return kBatchBytes; }
+  void DeliverBatch(std::string_view records, std::size_t count) override;
   void Finish() override;
   void Interrupt() override;
 
  private:
+  // Sends one frame (a packet or a batch) on the connection, once more on a fresh one when the
+  // viewer went away or was replaced.
+  void Forward(uint32_t tag, std::string_view payload);
   std::string FPath;
   std::atomic<int> FFd{-1};
 };
@@ -136,7 +156,7 @@ class TFileSink : public TSink {
  public:
   explicit TFileSink(TFileOptions options);
   ~TFileSink() override;
-  TPush Push(const TPacket& packet, const TZentrailPacketView& view) override;
+  TPush Push(std::string_view packet) override;
   void Stop(int waitMs) override;
   const TFileOptions& Options() const { return FOptions; }
 
@@ -220,6 +240,7 @@ class TDispatcher {
   void CloseClient(int fd);
   void RetryWaiting();
   void Shutdown();
+  bool SocketFileGone() const;
   void Log(const std::string& text) const;
 
   TDispatcherOptions FOptions;
@@ -229,7 +250,10 @@ class TDispatcher {
   uint64_t FRefusedFrames = 0;  // from peers outside the allow list
   ino_t FSocketInode = 0;
   std::map<int, std::unique_ptr<TClient>> FClients;
-  std::map<std::string, std::vector<TSink*>> FRoutes;
+  std::map<std::string, std::vector<TSink*>, std::less<>> FRoutes;
+  std::string FLastRouteKey;                        // the route of the last message and its sinks
+  const std::vector<TSink*>* FLastRoute = nullptr;  // null when routes changed since
+  std::vector<TSink*> FViewerOnly;
   std::map<std::string, std::unique_ptr<TSink>> FSinks;  // by destination entry text
   TSink* FViewer = nullptr;
   std::string FPacket;  // inflated packet of the frame being handled

@@ -121,6 +121,7 @@ bool TDispatcher::Setup() {
   std::string viewerPath = ViewerSocketPath(error);
   auto viewer = std::make_unique<TViewerSink>(FWakeFd, viewerPath);
   FViewer = viewer.get();
+  FViewerOnly = {FViewer};
   FSinks["Viewer"] = std::move(viewer);
   return true;
 }
@@ -131,8 +132,10 @@ int TDispatcher::Run() {
   bool running = true;
   std::vector<epoll_event> events(64);
   while (running) {
-    // With clients connected, wake now and then to let go of those that stalled.
-    int n = epoll_wait(FEpoll, events.data(), static_cast<int>(events.size()), FClients.empty() ? -1 : 1000);
+    // With clients connected, wake now and then to let go of those that stalled; with none, now
+    // and then to see whether the socket file it made is still there.
+    const int timeout = !FClients.empty() ? 1000 : FSocketInode != 0 ? 2000 : -1;
+    int n = epoll_wait(FEpoll, events.data(), static_cast<int>(events.size()), timeout);
     if (n < 0) {
       if (errno == EINTR) continue;
       Log(std::string("epoll failed: ") + std::strerror(errno));
@@ -159,6 +162,12 @@ int TDispatcher::Run() {
       }
     }
     DropIdleClients();
+    if (FClients.empty() && SocketFileGone()) {
+      // No new client can find this dispatcher, and while it holds the lock none can start
+      // another one: ending is the only useful thing left to do.
+      Log("the socket " + FSocketPath + " was removed; ending");
+      running = false;
+    }
   }
   Shutdown();
   return 0;
@@ -382,15 +391,20 @@ TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view pay
 
   // A message on a route that this dispatcher never heard of (it was restarted, say) goes to the
   // viewer rather than nowhere.
-  std::vector<TSink*> fallback{FViewer};
-  auto route = FRoutes.find(std::string(view.RouteKey));
-  const std::vector<TSink*>& sinks = route != FRoutes.end() ? route->second : fallback;
-  for (TSink* sink : sinks)
+  const std::vector<TSink*>* sinks = &FViewerOnly;
+  if (view.RouteKey == FLastRouteKey && FLastRoute) {
+    sinks = FLastRoute;
+  } else if (auto route = FRoutes.find(view.RouteKey); route != FRoutes.end()) {
+    // Messages come in runs of one route; the next one is found without a search.
+    sinks = &route->second;
+    FLastRouteKey.assign(view.RouteKey);
+    FLastRoute = sinks;
+  }
+  for (TSink* sink : *sinks)
     if (!sink->HasRoom(packet.size())) return TResult::Wait;
-  auto shared = std::make_shared<const std::string>(packet);
   bool all = true;
-  for (TSink* sink : sinks) {
-    TSink::TPush pushed = sink->Push(shared, view);
+  for (TSink* sink : *sinks) {
+    TSink::TPush pushed = sink->Push(packet);
     if (pushed != TSink::TPush::Taken) all = false;
   }
   return all ? TResult::Taken : TResult::Refused;
@@ -399,6 +413,7 @@ TDispatcher::TResult TDispatcher::HandleFrame(uint32_t tag, std::string_view pay
 TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
   std::vector<TSink*> sinks = SinksFor(std::string(view.MsgText));
   if (sinks.empty()) return TResult::Refused;
+  FLastRoute = nullptr;
   FRoutes[std::string(view.RouteKey)] = std::move(sinks);
   return TResult::Taken;
 }
@@ -406,6 +421,7 @@ TDispatcher::TResult TDispatcher::OpenRoute(const TZentrailPacketView& view) {
 void TDispatcher::CloseRoute(const std::string& routeKey) {
   auto route = FRoutes.find(routeKey);
   if (route == FRoutes.end()) return;
+  FLastRoute = nullptr;
   std::vector<TSink*> sinks = std::move(route->second);
   FRoutes.erase(route);
   // A log file that no route names any more is closed, so that a long-running dispatcher does
@@ -514,6 +530,12 @@ std::vector<TSink*> TDispatcher::SinksFor(const std::string& destinationText, in
     text = destination.Additional();
   }
   return sinks;
+}
+
+bool TDispatcher::SocketFileGone() const {
+  if (FSocketInode == 0) return false;  // the service manager's socket is its own business
+  struct stat st {};
+  return stat(FSocketPath.c_str(), &st) != 0 || st.st_ino != FSocketInode;
 }
 
 void TDispatcher::Shutdown() {

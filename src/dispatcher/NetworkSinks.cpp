@@ -135,7 +135,9 @@ int THttpSink::Progress(void* self, long long, long long, long long, long long) 
 }
 
 void THttpSink::Deliver(const std::string& packet) {
-  DeliverBatch({std::make_shared<const std::string>(packet)});
+  std::string records;
+  AppendBatchRecord(records, ztPacketTag, packet);
+  DeliverBatch(records, 1);
 }
 
 THttpSink::TOutcome THttpSink::Post(const std::string& body, std::size_t records, std::string& why) {
@@ -184,20 +186,24 @@ THttpSink::TOutcome THttpSink::Post(const std::string& body, std::size_t records
   return TOutcome::Refused;
 }
 
-void THttpSink::DeliverBatch(const std::vector<TPacket>& packets) {
+void THttpSink::DeliverBatch(std::string_view records, std::size_t count) {
   std::string body;
-  for (const TPacket& p : packets) AppendLogRecordFromPacket(*p, body);
+  TZTBatchReader reader(records);
+  uint32_t tag = 0;
+  std::string_view packet;
+  while (reader.Next(tag, packet) == TZTBatchReader::TStep::Record) AppendLogRecordFromPacket(packet, body);
+  const std::size_t packets = count;
   auto pause = std::chrono::milliseconds(250);
   bool complained = false;
   for (;;) {
     std::string why;
-    TOutcome outcome = Post(body, packets.size(), why);
+    TOutcome outcome = Post(body, packets, why);
     if (outcome == TOutcome::Done) {
       if (complained) Say("HTTP destination " + FOptions.URL + " takes messages again");
       return;
     }
     if (outcome == TOutcome::Refused) {
-      Say("HTTP destination " + FOptions.URL + " refused " + std::to_string(packets.size()) + " messages: " + why);
+      Say("HTTP destination " + FOptions.URL + " refused " + std::to_string(packets) + " messages: " + why);
       return;
     }
     if (!complained) Say("HTTP destination " + FOptions.URL + " failed (" + why + "); trying again");

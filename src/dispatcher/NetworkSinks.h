@@ -64,7 +64,7 @@ class THttpSink : public TQueuedSink {
  protected:
   void Deliver(const std::string& packet) override;
   std::size_t BatchLimit() const override { return 1000; }
-  void DeliverBatch(const std::vector<TPacket>& packets) override;
+  void DeliverBatch(std::string_view records, std::size_t count) override;
 
  private:
   enum class TOutcome { Done, Retry, Refused };

@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <random>
@@ -167,7 +168,15 @@ void TZentrailConnection::CloseRoute(TRoute& route, const std::string& category)
 
 std::chrono::steady_clock::time_point TZentrailConnection::CurrentDeadline() { return tDeadline; }
 
+TZentrailSendDeadline::TZentrailSendDeadline(std::chrono::steady_clock::time_point deadline) : FOuter(tDeadline) {
+  tDeadline = std::min(deadline, FOuter);
+}
+
+TZentrailSendDeadline::~TZentrailSendDeadline() { tDeadline = FOuter; }
+
 void TZentrailConnection::ReleaseRoute(const std::string& dispatchID, const std::string& category) {
+  // A route of the asynchronous client closes behind the messages queued on it.
+  if (ZentrailManager.ReleaseAsyncRoute(*this, dispatchID, category)) return;
   TDeadlineScope scope;
   std::unique_lock lock(FMonitor, std::defer_lock);
   if (!LockBefore(lock, tDeadline)) return;
@@ -247,6 +256,54 @@ int TZentrailConnection::SendZentrailMessage(TZentrailLogger& logger, TZentrailM
     return result;
   }
   return 0;
+}
+
+bool TZentrailConnection::AnnounceRoute(const std::string& dispatchID, int32_t code,
+                                        const std::string& destinationText, const std::string& category) {
+  TDeadlineScope scope;
+  for (int round = 0; round < 2; ++round) {
+    tPeerLost = false;
+    std::unique_lock lock(FMonitor, std::defer_lock);
+    if (!LockBefore(lock, tDeadline)) return false;
+    bool connected = Connect();
+    if (FRoutesLost.exchange(false))
+      for (auto& r : FDispatchIDs) r.Code.reset();
+    if (!connected) return false;
+    TRoute* route = FindRoute(dispatchID);
+    if (!route) {
+      FDispatchIDs.push_back({dispatchID, std::nullopt});
+      route = &FDispatchIDs.back();
+    }
+    if (route->Code && *route->Code == code) return true;
+    if (route->Code) CloseRoute(*route, category);
+    TZentrailMessage control;
+    FillControl(control, ztmOpenRoute, dispatchID, category);
+    control.MsgText = destinationText;
+    int announced = 0;
+    try {
+      announced = InternalSend(control);
+    } catch (...) {
+      announced = 0;
+    }
+    if (announced == 0) {
+      if (tPeerLost && !Expired(tDeadline)) continue;
+      return false;
+    }
+    route->Code = code;
+    return true;
+  }
+  return false;
+}
+
+int64_t TZentrailConnection::InternalSendBatch(std::string_view) { return -1; }
+
+uint32_t TZentrailConnection::EncodePacket(std::string_view packet, std::string& payload) {
+  if (FCompression == mfCompressed && FDeflater) {
+    std::lock_guard lock(FDeflateLock);
+    if (FDeflater->Compress(packet, payload)) return ztCompressedPacketTag;
+  }
+  payload.assign(packet);
+  return ztPacketTag;
 }
 
 uint32_t TZentrailConnection::EncodeFrame(const TZentrailMessage& message, std::string& payload) {
@@ -352,6 +409,27 @@ int TZentrailCopyDataConnection::InternalSend(const TZentrailMessage& message) {
   return result;
 }
 
+int64_t TZentrailCopyDataConnection::InternalSendBatch(std::string_view batch) {
+  TDeadlineScope scope;
+  bool reused = false;
+  int fd = TakeSocket(reused);
+  if (fd < 0) return -1;
+  std::string error;
+  int64_t result = SendBatchAndWaitCount(fd, batch, tDeadline, error);
+  if (result == ztTimedOut) {
+    close(fd);
+    return -1;
+  }
+  if (result < 0) {
+    close(fd);
+    DropIdleSockets();
+    ForgetAnnouncedRoutes();
+    return reused ? ztBatchPeerLost : -1;
+  }
+  ReturnSocket(fd);
+  return result;
+}
+
 void TZentrailCopyDataConnection::CloseDispatcher() {
   std::string error;
   std::string path = DispatcherSocketPath(error);
@@ -411,6 +489,28 @@ int TZentrailTcpConnection::InternalSend(const TZentrailMessage& message) {
     ForgetAnnouncedRoutes();
     if (reused) tPeerLost = true;
     return 0;
+  }
+  return result;
+}
+
+int64_t TZentrailTcpConnection::InternalSendBatch(std::string_view batch) {
+  TDeadlineScope scope;
+  const TZTDeadline deadline = tDeadline;
+  std::unique_lock lock(FTcpLock, std::defer_lock);
+  if (!LockBefore(lock, deadline) || Expired(deadline)) return -1;
+  std::string error;
+  bool reused = FFd >= 0;
+  if (FFd < 0) {
+    FFd = ConnectTcp(FHost, FPort, deadline == ztNoDeadline ? 5000 : MsLeft(deadline), error);
+    if (FFd < 0) return -1;
+  }
+  int64_t result = SendBatchAndWaitCount(FFd, batch, deadline, error);
+  if (result < 0) {
+    close(FFd);
+    FFd = -1;
+    if (result == ztTimedOut) return -1;
+    ForgetAnnouncedRoutes();
+    return reused ? ztBatchPeerLost : -1;
   }
   return result;
 }

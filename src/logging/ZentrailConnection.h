@@ -40,6 +40,20 @@ class TZentrailDeflater {
   void* FStream;
 };
 
+// Bounds every transport call that the calling thread makes while it lives, as the time limit of
+// one send otherwise does; the asynchronous client's thread sets one per batch, and a shorter one
+// for the flush at exit.
+class TZentrailSendDeadline {
+ public:
+  explicit TZentrailSendDeadline(std::chrono::steady_clock::time_point deadline);
+  ~TZentrailSendDeadline();
+  TZentrailSendDeadline(const TZentrailSendDeadline&) = delete;
+  TZentrailSendDeadline& operator=(const TZentrailSendDeadline&) = delete;
+
+ private:
+  std::chrono::steady_clock::time_point FOuter;
+};
+
 class TZentrailConnection {
  public:
   explicit TZentrailConnection(TZentrailMessageFormat format = mfDefault);
@@ -68,6 +82,20 @@ class TZentrailConnection {
   void ReleaseRoute(const std::string& dispatchID, const std::string& category);
 
   uint8_t Compression() const { return FCompression; }
+
+  // ---- For the asynchronous client, whose background thread ships batches.
+  // Announces the route dispatchID for a destination (its code and text form) unless this
+  // connection's dispatcher knows it already; false when no dispatcher can be reached or the
+  // announcement is refused.
+  bool AnnounceRoute(const std::string& dispatchID, int32_t code, const std::string& destinationText,
+                     const std::string& category);
+  // Sends a batch payload of records (see AppendBatchRecord); the number of records the
+  // dispatcher took, ztBatchPeerLost when a connection that had served before turned out dead (the
+  // dispatcher ended or was replaced, and the batch may be tried once more), -1 on another failure.
+  virtual int64_t InternalSendBatch(std::string_view batch);
+  static constexpr int64_t ztBatchPeerLost = -3;
+  // The record payload of a packet in this connection's format, compressed when so set; its tag.
+  uint32_t EncodePacket(std::string_view packet, std::string& payload);
 
   // A new GUID in its registry form without braces, e.g. "0F8FAD5B-D9CB-469F-A165-70867728950E".
   static std::string NewDispatchID();
@@ -109,6 +137,7 @@ class TZentrailCopyDataConnection : public TZentrailConnection {
 
   bool Connect() override;
   int InternalSend(const TZentrailMessage& message) override;
+  int64_t InternalSendBatch(std::string_view batch) override;
   // Asks the running dispatcher to finish its work and exit.
   void CloseDispatcher() override;
 
@@ -132,6 +161,7 @@ class TZentrailTcpConnection : public TZentrailConnection {
   ~TZentrailTcpConnection() override;
 
   int InternalSend(const TZentrailMessage& message) override;
+  int64_t InternalSendBatch(std::string_view batch) override;
 
   const std::string& Host() const { return FHost; }
   uint16_t Port() const { return FPort; }

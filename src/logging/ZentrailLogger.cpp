@@ -135,6 +135,11 @@ int TZentrailLogger::InternalSend(int32_t msgType, int32_t msgContent, std::stri
     if (handled) return 0;
   }
 
+  if (ZentrailManager.Async())
+    return ZentrailManager.SendAsync(*this, FConnection, FDispatchID, FDispatchIDDate, msgType, msgContent, typeName,
+                                     details, ZentrailManager.EncodeNonvisibleCharacters()
+                                                  ? std::string_view(message.MsgText = EncodeNonvisible(text)) : text,
+                                     message.TimeStamp);
   message.SetMsgType(msgType);
   message.SetMsgContent(msgContent);
   if (ZentrailManager.EncodeNonvisibleCharacters()) message.MsgText = EncodeNonvisible(text);

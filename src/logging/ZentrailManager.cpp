@@ -7,6 +7,7 @@
 #include <ctime>
 #include <new>
 
+#include "ZTChannel.h"
 #include "ZTCommonUtils.h"
 #include "ZTDateTime.h"
 #include "ZentrailLogger.h"
@@ -50,6 +51,7 @@ TZentrailManager::TZentrailManager() {
   FComputerName = GetComputerName();
   FProcessID = static_cast<uint32_t>(getpid());
   FConnection = std::make_shared<TZentrailCopyDataConnection>(mfDefault);
+  FConnectionPointer = FConnection.get();
   FDefaultDestination.Viewer().SetActive(true);
   if (const char* limit = std::getenv("ZENTRAIL_TIMEOUT_MS")) {
     char* end = nullptr;
@@ -70,9 +72,19 @@ TZentrailManager::TZentrailManager() {
   // The store counts days from 1 January 0001; the one calendar routine of the project makes the
   // number, so that client, dispatcher and viewer cannot disagree on the base.
   FBaseDate = EncodeDayNumber(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday);
+
+  if (const char* size = std::getenv("ZENTRAIL_ASYNC_QUEUE")) {
+    char* end = nullptr;
+    unsigned long long value = std::strtoull(size, &end, 10);
+    if (end != size && *end == '\0' && value > 0) FAsyncQueueSize = static_cast<std::size_t>(value);
+  }
+  if (const char* async = std::getenv("ZENTRAIL_ASYNC"); async && std::string_view(async) == "1") SetAsync(true);
 }
 
-TZentrailManager::~TZentrailManager() = default;
+TZentrailManager::~TZentrailManager() {
+  // What is queued goes out before the connection that carries it closes its routes.
+  if (FAsyncQueue) FAsyncQueue->Stop(DeadlineIn(TimeoutMs()));
+}
 
 std::shared_ptr<TZentrailConnection> TZentrailManager::Connection() const {
   std::lock_guard lock(FConnectionLock);
@@ -85,8 +97,69 @@ void TZentrailManager::SetConnection(std::shared_ptr<TZentrailConnection> connec
     std::lock_guard lock(FConnectionLock);
     old = std::move(FConnection);
     FConnection = std::move(connection);
+    FConnectionPointer = FConnection.get();
   }
   // The old connection closes its routes when the last send that holds it is done.
+}
+
+void TZentrailManager::SetAsync(bool value) {
+  std::lock_guard lock(FAsyncLock);
+  if (value) {
+    if (!FAsyncQueue) {
+      FAsyncQueue = std::make_unique<TZentrailAsyncQueue>(FAsyncQueueSize);
+      FAsyncQueue->SetDropWhenFull(DropWhenFull());
+      FAsyncQueuePointer = FAsyncQueue.get();
+    }
+    FAsyncQueue->Start();
+    FAsync = true;
+  } else {
+    FAsync = false;
+    if (FAsyncQueue) FAsyncQueue->Stop(DeadlineIn(TimeoutMs()));
+  }
+}
+
+void TZentrailManager::SetAsyncQueueSize(std::size_t bytes) {
+  std::lock_guard lock(FAsyncLock);
+  FAsyncQueueSize = bytes;
+  // A stopped queue is replaced at the next start; it is kept, not freed, as a sender that saw
+  // it a moment ago may still look at it.
+  if (FAsyncQueue && !FAsyncQueue->Running()) FRetiredQueues.push_back(std::move(FAsyncQueue));
+}
+
+std::size_t TZentrailManager::AsyncQueueSize() const {
+  std::lock_guard lock(FAsyncLock);
+  return FAsyncQueue ? FAsyncQueue->Capacity() : FAsyncQueueSize;
+}
+
+void TZentrailManager::SetDropWhenFull(bool value) {
+  FDropWhenFull = value;
+  if (TZentrailAsyncQueue* queue = FAsyncQueuePointer.load()) queue->SetDropWhenFull(value);
+}
+
+bool TZentrailManager::Flush(int timeoutMs) {
+  TZentrailAsyncQueue* queue = FAsyncQueuePointer.load();
+  if (!queue) return true;
+  return queue->Flush(DeadlineIn(timeoutMs < 0 ? TimeoutMs() : timeoutMs));
+}
+
+TZentrailAsyncStatistics TZentrailManager::AsyncStatistics() const {
+  TZentrailAsyncQueue* queue = FAsyncQueuePointer.load();
+  return queue ? queue->Statistics() : TZentrailAsyncStatistics{};
+}
+
+int TZentrailManager::SendAsync(TZentrailLogger& logger, const std::shared_ptr<TZentrailConnection>& own,
+                                std::string& dispatchID, int32_t& dispatchIDDate, int32_t msgType, int32_t msgContent,
+                                std::string_view typeName, std::string_view details, std::string_view text,
+                                const TZentrailTimeStamp& stamp) {
+  TZentrailAsyncQueue* queue = FAsyncQueuePointer.load(std::memory_order_acquire);
+  if (!queue) return 0;
+  return queue->Send(logger, own, dispatchID, dispatchIDDate, msgType, msgContent, typeName, details, text, stamp);
+}
+
+bool TZentrailManager::ReleaseAsyncRoute(const TZentrailConnection& connection, const std::string& dispatchID,
+                                         const std::string& category) {
+  TZentrailAsyncQueue* queue = FAsyncQueuePointer.load(std::memory_order_acquire);
+  return queue && queue->ReleaseRoute(connection, dispatchID, category);
 }
 
 void TZentrailManager::ConnectUsingCopyData(TZentrailMessageFormat format) {
@@ -123,6 +196,7 @@ void TZentrailManager::SetCurrentThreadName(std::string_view name) {
   pid_t id = CurrentThreadId();
   std::lock_guard lock(FThreadMapCriticalSection);
   FThreadMap[id] = std::string(name);
+  FThreadNamesVersion.fetch_add(1, std::memory_order_acq_rel);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -1,7 +1,9 @@
 #include "ZentrailMessageSet.h"
 
+#include <atomic>
 #include <cstring>
 #include <ctime>
+#include <unordered_set>
 
 namespace zentrail {
 
@@ -101,11 +103,11 @@ class TZentrailMessageSet::IdentityTable {
       i = (i + 1) & mask;
     }
     Identity stored = key;
-    stored.ThreadName = FTexts.Store(key.ThreadName);
-    stored.AppName = FTexts.Store(key.AppName);
-    stored.ComputerName = FTexts.Store(key.ComputerName);
-    stored.TypeName = FTexts.Store(key.TypeName);
-    stored.Category = FTexts.Store(key.Category);
+    stored.ThreadName = Text(key.ThreadName);
+    stored.AppName = Text(key.AppName);
+    stored.ComputerName = Text(key.ComputerName);
+    stored.TypeName = Text(key.TypeName);
+    stored.Category = Text(key.Category);
     const uint32_t index = static_cast<uint32_t>(FItems.size());
     FItems.push_back(stored);
     FSlots[i] = index;
@@ -114,8 +116,10 @@ class TZentrailMessageSet::IdentityTable {
   }
 
   const Identity& operator[](uint32_t index) const { return FItems[index]; }
+  uint32_t Count() const { return static_cast<uint32_t>(FItems.size()); }
   std::size_t Bytes() const {
-    return FTexts.Bytes() + FItems.capacity() * sizeof(Identity) + FSlots.capacity() * 4;
+    return FTexts.Bytes() + FItems.capacity() * sizeof(Identity) + FSlots.capacity() * 4 +
+           FTextSet.size() * (sizeof(std::string_view) + 16);
   }
 
   static uint64_t HashOf(const Identity& k) {
@@ -149,9 +153,18 @@ class TZentrailMessageSet::IdentityTable {
     FSlots.swap(slots);
   }
 
+  // One copy of each distinct text: an application name that many threads share is kept once.
+  std::string_view Text(std::string_view text) {
+    if (text.empty()) return {};
+    auto found = FTextSet.find(text);
+    if (found != FTextSet.end()) return *found;
+    return *FTextSet.insert(FTexts.Store(text)).first;
+  }
+
   std::vector<uint32_t> FSlots;
   std::vector<Identity> FItems;
   Arena FTexts;
+  std::unordered_set<std::string_view> FTextSet;
 };
 
 // The record being filled between Append or Edit and Post.
@@ -165,6 +178,9 @@ TZentrailMessageSet::TZentrailMessageSet() : FTimeBias(LocalZoneBiasMinutes()) {
 TZentrailMessageSet::~TZentrailMessageSet() = default;
 
 void TZentrailMessageSet::Reset() {
+  // Unique across stores, so that a cache keyed by it never mistakes one store for another.
+  static std::atomic<uint64_t> generations{0};
+  FGeneration = ++generations;
   FBlocks.clear();
   FTexts = std::make_unique<Arena>();
   FDetails = std::make_unique<Arena>();
@@ -316,6 +332,8 @@ int32_t TZentrailMessageSet::GetMsgContent() const { return Current().MsgContent
   return (*FIdentities)[r.Identity].field
 
 uint32_t TZentrailMessageSet::GetProcessID() const { ZT_IDENTITY_FIELD(ProcessID, 0u); }
+uint32_t TZentrailMessageSet::GetIdentity() const { return Current().Identity; }
+uint32_t TZentrailMessageSet::IdentityCount() const { return FIdentities->Count(); }
 int32_t TZentrailMessageSet::GetCategoryColor() const { ZT_IDENTITY_FIELD(CategoryColor, 0); }
 int32_t TZentrailMessageSet::GetCategoryFontColor() const {
   ZT_IDENTITY_FIELD(CategoryFontColor, 0);

@@ -98,6 +98,16 @@ class TZentrailMessageSet {
   // The local zone's bias in minutes (UTC = local + bias), read when the store is made.
   void SetTimeBias(int32_t minutes) { FTimeBias = minutes; }
 
+  // The sender combination of the current record (process, thread, application, computer, type
+  // name, category and its colours), numbered from 0 in order of first appearance; UINT32_MAX
+  // without a current record. A run has few senders, so what a view or the organizer works out
+  // about one holds for all of its messages and is kept by this number. Equal texts of different
+  // senders share one copy, so their addresses compare equal too.
+  uint32_t GetIdentity() const;
+  uint32_t IdentityCount() const;
+  // Changes whenever the store is emptied, which numbers records and senders anew.
+  uint64_t Generation() const { return FGeneration; }
+
   // Bytes the store holds for its records, texts and identities (for the benchmarks).
   std::size_t MemoryUsed() const;
   static std::size_t RecordSize();
@@ -123,6 +133,7 @@ class TZentrailMessageSet {
   bool FActive = true;
   int32_t FCount = 0;
   int32_t FTimeBias = 0;
+  uint64_t FGeneration = 0;
   const Record* FCurrent = nullptr;
   enum class State { Browse, Inserting, Editing } FState = State::Browse;
 

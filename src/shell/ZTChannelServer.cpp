@@ -129,16 +129,10 @@ void TZTChannelServer::ServeClient(Client* client) {
     uint32_t reply = 0;
     bool abort = false;
     std::string failure;
-    try {
-      reply = FTarget.WMCopyData(tag, payload);
-    } catch (const EZTChannelAbort& e) {
-      abort = true;
-      failure = e.what();
-    } catch (const std::exception& e) {
-      failure = e.what();
-      if (failure.empty()) failure = "unknown failure";
-    } catch (...) {
-      failure = "unknown failure";
+    if (tag == ztBatchTag) {
+      reply = ServeBatch(client, payload, failure, abort);
+    } else {
+      reply = Deliver(tag, payload, failure, abort);
     }
     if (client->Dead) break;  // the server was closed while the target ran
     client->Decoder.Pop();
@@ -169,6 +163,54 @@ void TZTChannelServer::ServeClient(Client* client) {
     client->Rearm = false;
     client->Notifier->setEnabled(!FHeld);
   }
+}
+
+uint32_t TZTChannelServer::Deliver(uint32_t tag, std::string_view payload, std::string& failure, bool& abort) {
+  try {
+    return FTarget.WMCopyData(tag, payload);
+  } catch (const EZTChannelAbort& e) {
+    abort = true;
+    failure = e.what();
+  } catch (const std::exception& e) {
+    failure = e.what();
+    if (failure.empty()) failure = "unknown failure";
+  } catch (...) {
+    failure = "unknown failure";
+  }
+  return 0;
+}
+
+uint32_t TZTChannelServer::ServeBatch(Client* client, std::string_view payload, std::string& failure,
+                                      bool& abort) {
+  uint32_t taken = 0;
+  std::vector<std::string> failures;
+  FTarget.BeginCopyDataBatch();
+  try {
+    TZTBatchReader reader(payload);
+    uint32_t tag = 0;
+    std::string_view record;
+    TZTBatchReader::TStep step = TZTBatchReader::TStep::End;
+    while (!client->Dead && (step = reader.Next(tag, record)) == TZTBatchReader::TStep::Record) {
+      std::string recordFailure;
+      taken += Deliver(tag, record, recordFailure, abort);
+      // A record the target could not read costs that record only, as a frame of its own would;
+      // the reports wait until the bracket is closed and the batch answered.
+      if (!recordFailure.empty()) failures.push_back(std::move(recordFailure));
+      if (abort) break;
+    }
+    if (!client->Dead && step == TZTBatchReader::TStep::Malformed) abort = true;
+  } catch (...) {
+    FTarget.EndCopyDataBatch();
+    throw;
+  }
+  FTarget.EndCopyDataBatch();
+  // One report per batch at most reaches the target: a batch of bad records is one incident.
+  if (!failures.empty()) {
+    failure = failures.front();
+    if (failures.size() > 1)
+      failure += " (and " + std::to_string(failures.size() - 1) + " further record(s) of the same batch)";
+  }
+  return taken;
 }
 
 void TZTChannelServer::Hold(bool held) {

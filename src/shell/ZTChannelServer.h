@@ -2,6 +2,8 @@
 // The viewer's end of the local message channel. Frames are read on the thread that owns the views,
 // straight from the raw sockets through QSocketNotifier: each frame is handed to the target, and the
 // reply goes back only when the target has returned, so a sender never runs ahead of the viewer.
+// A batch frame's records go to the target one by one inside one bracket and are answered with
+// their count.
 // Clients are served in turn; a client that misbehaves loses its own connection and nothing else.
 
 #include <QObject>
@@ -27,6 +29,9 @@ class IZTCopyDataTarget {
   virtual uint32_t WMCopyData(uint32_t tag, std::string_view data) = 0;
   // The text of an exception that a frame raised, after its reply 0 has been sent.
   virtual void CopyDataFailed(const std::string& text) = 0;
+  // Around the records of one batch frame, which the target takes as one update.
+  virtual void BeginCopyDataBatch() {}
+  virtual void EndCopyDataBatch() {}
 };
 
 // Raised by a target for a frame that breaks the channel's limits (an inflated size above the
@@ -63,6 +68,11 @@ class TZTChannelServer : public QObject {
 
   void AcceptClients();
   void ServeClient(Client* client);
+  // The records of a batch frame, each as if it had come alone; the number taken. abort: a record
+  // broke the channel's limits or the batch is malformed, and the connection ends after the answer.
+  uint32_t ServeBatch(Client* client, std::string_view payload, std::string& failure, bool& abort);
+  // One frame or record to the target; a failure's text (empty if none). abort as above.
+  uint32_t Deliver(uint32_t tag, std::string_view payload, std::string& failure, bool& abort);
   void DropClient(Client* client);
   void Disconnect(Client* client);
   void ReapClients();

@@ -570,6 +570,14 @@ class TFrmViewer : public QMainWindow, public IZentrailApplication, public IZTCo
   QLabel* stsMessage = nullptr;
   QMenu* mnuMessageList = nullptr;
   std::unique_ptr<TZTImageList> FScratchPadImages;
+
+  // ---- Throughput: the records of a batch frame go to the views inside one bracket
+ public:
+  void BeginCopyDataBatch() override;
+  void EndCopyDataBatch() override;
+
+ private:
+  bool FInCopyDataBatch = false;
 };
 
 }  // namespace zentrail

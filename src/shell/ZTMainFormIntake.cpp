@@ -73,7 +73,8 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
   }
 
   ParseTransportPacket(packet, FPacket);
-  NoteLiveFrame();
+  // A batch has its bracket already; a lone frame finds out whether it is part of a burst.
+  if (!FInCopyDataBatch) NoteLiveFrame();
   switch (FPacket.MsgType) {
     case ztmSeparator: {
       TZentrailMessage message;
@@ -99,6 +100,17 @@ uint32_t TFrmViewer::WMCopyData(uint32_t tag, std::string_view data) {
       break;
   }
   return 1;
+}
+
+void TFrmViewer::BeginCopyDataBatch() {
+  FInCopyDataBatch = true;
+  BeginMessageBatch();
+}
+
+void TFrmViewer::EndCopyDataBatch() {
+  FInCopyDataBatch = false;
+  EndMessageBatch();
+  MessagesArrived();
 }
 
 void TFrmViewer::CopyDataFailed(const std::string& text) {
@@ -177,7 +189,8 @@ void TFrmViewer::StoreMessageT(const TMessage& message) {
   // Before the views see it, so that a view made for the message takes it in at once.
   if (AutoOrganize) OrganizeArrivingMessage();
   FanOut();
-  MessagesArrived();
+  // A batch reports its arrival once, when it ends.
+  if (!FInCopyDataBatch) MessagesArrived();
 }
 
 void TFrmViewer::NoteLiveFrame() {

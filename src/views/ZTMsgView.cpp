@@ -166,14 +166,39 @@ void TZTMessageView::PostDetailsNotice() { FDetailsTimer->start(); }
 
 // ---- filter ------------------------------------------------------------------------------------
 
-bool TZTMessageView::AcceptMessage() {
-  const TZentrailMessageSet& ms = MessageSet;
+bool TZTMessageView::AcceptSender(const TZentrailMessageSet& ms) const {
   const TZTFilterCriteria& c = FFilterCriteria;
   if (c.CheckAppName && !EqualAsciiNoCase(ms.GetAppName(), c.AppName)) return false;
   if (c.CheckCategory && !EqualAsciiNoCase(ms.GetCategory(), c.Category)) return false;
   if (c.CheckProcessID && ms.GetProcessID() != c.ProcessID) return false;
   if (c.CheckThreadName && !EqualAsciiNoCase(ms.GetThreadName(), c.ThreadName)) return false;
   if (c.CheckComputerName && !EqualAsciiNoCase(ms.GetComputerName(), c.ComputerName)) return false;
+  return true;
+}
+
+void TZTMessageView::CheckSenderCaches(const TZentrailMessageSet& ms) {
+  if (ms.Generation() == FSenderGeneration) return;
+  // The store was emptied: its senders are numbered anew.
+  FSenderGeneration = ms.Generation();
+  FSenderAccepted.clear();
+  FSenderFits.clear();
+}
+
+bool TZTMessageView::AcceptMessage() {
+  const TZentrailMessageSet& ms = MessageSet;
+  const TZTFilterCriteria& c = FFilterCriteria;
+  if (c.CheckAppName || c.CheckCategory || c.CheckProcessID || c.CheckThreadName || c.CheckComputerName) {
+    const uint32_t sender = ms.GetIdentity();
+    if (sender == UINT32_MAX) {
+      if (!AcceptSender(ms)) return false;
+    } else {
+      CheckSenderCaches(ms);
+      if (sender >= FSenderAccepted.size()) FSenderAccepted.resize(std::max<size_t>(sender + 1, FSenderAccepted.size() * 2));
+      uint8_t& known = FSenderAccepted[sender];
+      if (known == 0) known = AcceptSender(ms) ? 1 : 2;
+      if (known != 1) return false;
+    }
+  }
   if (c.CheckMessageText && !FMessageTextRegEx.Match(ms.GetMsgText())) return false;
   if (c.CheckMsgTypes && !InSet(c.MsgTypeSet, ms.GetMsgType()) && !InSet(c.MsgContentSet, ms.GetMsgContent()))
     return false;
@@ -184,6 +209,7 @@ void TZTMessageView::GetFilterCriteria(TZTFilterCriteria& criteria) { criteria =
 
 void TZTMessageView::SetFilterCriteria(const TZTFilterCriteria& criteria) {
   FFilterCriteria = criteria;
+  FSenderAccepted.clear();
   // The organizer's register follows the criteria, a pattern that fails included.
   Organizer().RegisterFilterCriteria(static_cast<IZTMessageView*>(this), OrganizerCriteria(criteria));
   // Built whether or not the text is checked, so a bad pattern shows when it is set. A pattern
@@ -266,19 +292,35 @@ void TZTMessageView::AddMessage(bool force) {
   BeginLiveChange();
   try {
     const int32_t row = InternalAddMessage();
-    // A row that a collapse took away again lies beyond the end: then nothing scrolls.
-    if (AutoScroll && row < NumItems()) SetTopIndex(row);
+    // A row that a collapse took away again lies beyond the end: then nothing scrolls. Inside an
+    // update bracket only the last row counts, and it is shown when the bracket ends.
+    if (AutoScroll && row < NumItems()) {
+      if (Updating())
+        FPendingTop = row;
+      else
+        SetTopIndex(row);
+    }
   } catch (...) {
     EndLiveChange();
     throw;
   }
   EndLiveChange();
   ms.GotoRec(recNo);
+  // A sender whose texts fitted their columns once still fits: widths only grow.
+  const uint32_t sender = ms.GetIdentity();
+  if (sender != UINT32_MAX) {
+    CheckSenderCaches(ms);
+    if (sender < FSenderFits.size() && FSenderFits[sender] == FFitEpoch) return;
+  }
   bool grew = MeasureArriving(0, 3, ms.GetAppName());
   grew = MeasureArriving(1, 2, ms.GetCategory()) || grew;
   grew = MeasureArriving(2, 4, ms.GetComputerName()) || grew;
   grew = MeasureArriving(3, 6, ms.GetThreadName()) || grew;
   if (grew && !Updating()) viewport()->update();
+  if (sender != UINT32_MAX) {
+    if (sender >= FSenderFits.size()) FSenderFits.resize(std::max<size_t>(sender + 1, FSenderFits.size() * 2));
+    FSenderFits[sender] = FFitEpoch;
+  }
   ms.GotoRec(recNo);
 }
 
@@ -304,6 +346,7 @@ bool TZTMessageView::MeasureArriving(int slot, int index, std::string_view text)
 
 void TZTMessageView::changeEvent(QEvent* event) {
   if (event->type() == QEvent::FontChange) {
+    ++FFitEpoch;
     for (auto& known : FFitting) known.clear();
     for (auto& ways : FLastFitting)
       for (TLastFitting& last : ways) last.Width = -1;
@@ -362,6 +405,7 @@ void TZTMessageView::ClearView() {
     ClearBookmarks();
     FSelections.Clear();
     FSelectedCount = 0;
+    FPendingTop = -1;
     UpdateColumnWidths();
     SetHorzPosition(0);
     UpdateScrollBars();
@@ -401,7 +445,14 @@ bool TZTMessageView::Focused() { return hasFocus(); }
 
 void TZTMessageView::BeginUpdate() { TZTVirtualListBox::BeginUpdate(); }
 
-void TZTMessageView::EndUpdate() { TZTVirtualListBox::EndUpdate(); }
+void TZTMessageView::EndUpdate() {
+  if (UpdateCount() == 1 && FPendingTop >= 0) {
+    const int32_t row = FPendingTop;
+    FPendingTop = -1;
+    if (row < NumItems()) SetTopIndex(row);
+  }
+  TZTVirtualListBox::EndUpdate();
+}
 
 void TZTMessageView::Invalidate() { viewport()->update(); }
 
@@ -627,7 +678,10 @@ void TZTMessageView::CollapseMethod(int32_t row) {
   // Rows hold ascending item indices, so the rows to go are one contiguous run after the Enter.
   auto& rows = FRows.Raw();
   const auto first = rows.begin() + row + 1;
-  const auto stop = std::upper_bound(first, rows.end(), end);
+  auto stop = std::upper_bound(first, rows.end(), end);
+  // At least one row goes: for an Enter collapsed already, the Exit below that found it, which
+  // otherwise would find it again and again.
+  if (stop == first && first != rows.end()) ++stop;
   const int32_t removed = static_cast<int32_t>(stop - first);
   const int32_t focus = ItemIndex();
   rows.erase(first, stop);
@@ -741,19 +795,124 @@ void TZTMessageView::ExpandAllMethods(bool fromStart) {
 void TZTMessageView::CollapseAllMethods() {
   {
     TUpdateGuard guard(*this);
-    int32_t row = 0;
-    while (row < NumItems()) {
-      const bool collapsed = FItems.GetItems(FRows.GetItems(row)).Collapsed;
-      SelectRecord(row);
-      const int32_t type = MessageSet.GetMsgType();
-      if (collapsed && type == ztmEnterMethod) {
-        // Opened once, so that what it holds is reached; inner methods close before outer ones.
-        ExpandMethod(row);
-      } else if (!collapsed && type == ztmExitMethod && CollapseAtExitInternal(row, false)) {
-        row = ItemIndex() + 1;
+    // The walk over the rows that opens each collapsed method once and collapses every method at
+    // its Exit, inner ones first, done in one pass: the rows behind the walk are a stack that a
+    // collapse pops, the rows ahead of it a stack that an expansion pushes. Each item's type and
+    // each method's end are read once, so the cost is linear in the number of items.
+    const int32_t itemCount = FItems.Count();
+    enum : uint8_t { kOther, kEnter, kExit, kOtherExit };
+    std::vector<uint8_t> kind(static_cast<size_t>(itemCount));
+    std::vector<int32_t> ends(static_cast<size_t>(itemCount), -1);
+    {
+      TZentrailMessageSet& ms = MessageSet;
+      std::vector<int32_t> open;
+      for (int32_t i = 0; i < itemCount; ++i) {
+        ms.GotoRec(FItems.Raw()[static_cast<size_t>(i)].RecNo);
+        const int32_t type = ms.GetMsgType();
+        uint8_t k = type == ztmEnterMethod ? kEnter
+                    : type == ztmExitMethod ? kExit
+                    : type == ztmExitMethodCollapse ? kOtherExit
+                                                    : kOther;
+        kind[static_cast<size_t>(i)] = k;
+        // An Exit closes the innermost open Enter: the end that counting from the Enter finds.
+        if (k == kEnter) {
+          open.push_back(i);
+        } else if ((k == kExit || k == kOtherExit) && !open.empty()) {
+          ends[static_cast<size_t>(open.back())] = i;
+          open.pop_back();
+        }
+      }
+    }
+    auto& items = FItems.Raw();
+    const auto& indents = FIndents.Raw();
+    std::vector<int32_t> done;
+    done.reserve(FRows.Raw().size());
+    std::vector<int32_t> ahead(FRows.Raw().rbegin(), FRows.Raw().rend());
+    std::vector<int32_t> content;
+    const int32_t focusItem = ItemIndex() >= 0 && ItemIndex() < FRows.Count() ? FRows.GetItems(ItemIndex()) : -1;
+    int32_t focusRow = -1;  // where the last collapse put the focus
+    int64_t collapses = 0;
+    while (!ahead.empty()) {
+      const int32_t item = ahead.back();
+      ahead.pop_back();
+      done.push_back(item);
+      const uint8_t k = kind[static_cast<size_t>(item)];
+      TZTViewItem& entry = items[static_cast<size_t>(item)];
+      if (k == kEnter && entry.Collapsed) {
+        // Opened, so that what it holds is walked; a nested collapsed method comes as one row and
+        // is opened when the walk reaches it.
+        entry.Collapsed = false;
+        const int32_t end = ends[static_cast<size_t>(item)] >= 0 ? ends[static_cast<size_t>(item)] : itemCount - 1;
+        content.clear();
+        for (int32_t i = item + 1; i <= end;) {
+          content.push_back(i);
+          const int32_t inner = ends[static_cast<size_t>(i)];
+          i = items[static_cast<size_t>(i)].Collapsed && kind[static_cast<size_t>(i)] == kEnter ? (inner < 0 ? end : inner) + 1
+                                                                                              : i + 1;
+        }
+        ahead.insert(ahead.end(), content.rbegin(), content.rend());
         continue;
       }
-      ++row;
+      if (k != kExit || entry.Collapsed) continue;
+      // The Enter of the same level above this Exit; a sibling Exit of that level first means none.
+      const int32_t level = indents[static_cast<size_t>(item)];
+      const int32_t exitRow = static_cast<int32_t>(done.size()) - 1;
+      int32_t enterRow = -1;
+      for (int32_t r = exitRow; r >= 0; --r) {
+        const int32_t other = done[static_cast<size_t>(r)];
+        if (indents[static_cast<size_t>(other)] != level) continue;
+        if (r != exitRow && kind[static_cast<size_t>(other)] == kExit) break;
+        if (kind[static_cast<size_t>(other)] == kEnter) {
+          enterRow = r;
+          break;
+        }
+      }
+      if (enterRow < 0) continue;
+      // A bound for structures that no walk settles (levels that disagree with the pairs).
+      if (++collapses > 4 * static_cast<int64_t>(itemCount) + 16) break;
+      focusRow = enterRow;
+      const int32_t enterItem = done[static_cast<size_t>(enterRow)];
+      const int32_t end = ends[static_cast<size_t>(enterItem)];
+      if (end < 0) {
+        // Nothing to collapse: the walk goes on after the Enter, over rows it has walked.
+        for (std::size_t r = done.size(); r > static_cast<size_t>(enterRow) + 1; --r) ahead.push_back(done[r - 1]);
+        done.resize(static_cast<size_t>(enterRow) + 1);
+        continue;
+      }
+      // The rows of the method go, up to its end as counting finds it, and at least one. Where a
+      // reset indent level makes levels disagree with the counting, rows after the end remain
+      // behind the walk; like the walk row by row, it takes them again after the Enter.
+      std::size_t first = static_cast<size_t>(enterRow) + 1;
+      std::size_t stop = first;
+      while (stop < done.size() && done[stop] <= end) ++stop;
+      bool removed = stop > first;
+      if (stop == done.size())
+        while (!ahead.empty() && ahead.back() <= end) {
+          ahead.pop_back();
+          removed = true;
+        }
+      if (!removed) {
+        if (stop < done.size())
+          ++stop;
+        else if (!ahead.empty())
+          ahead.pop_back();
+      }
+      for (std::size_t r = done.size(); r > stop; --r) ahead.push_back(done[r - 1]);
+      done.resize(first);
+      items[static_cast<size_t>(enterItem)].Collapsed = true;
+    }
+    // Rows the walk did not reach when it was cut short stay as they were.
+    done.insert(done.end(), ahead.rbegin(), ahead.rend());
+    FRows.Raw().swap(done);
+    SetNumItems(FRows.Count());
+    if (focusRow < 0 && focusItem >= 0) {
+      // No collapse moved the focus: it stays on its message, which the openings shifted.
+      const auto& rows = FRows.Raw();
+      focusRow = static_cast<int32_t>(std::upper_bound(rows.begin(), rows.end(), focusItem) - rows.begin()) - 1;
+    }
+    if (focusRow >= 0) {
+      SetItemIndex(focusRow);
+      SetAnchorIndex(focusRow);
     }
     RemoveAllSelections();
     if (ItemIndex() >= 0) SelectItem(ItemIndex(), true);
@@ -927,10 +1086,15 @@ void TZTMessageView::FindNext(bool newSearch, const std::string& text, bool inDe
   TZentrailMessageSet& ms = MessageSet;
   // A walk over a large view: the lists are read directly, as every row is known to exist. The
   // vectors are fetched afresh after each expansion, which inserts rows.
+  // Most messages carry no Details: whether the pattern matches an empty text is asked once.
+  const bool emptyDetailsMatch = inDetails && regex.Match(std::string_view());
   auto matches = [&](int32_t row) {
     const auto& rows = FRows.Raw();
     ms.GotoRec(FItems.Raw()[static_cast<size_t>(rows[static_cast<size_t>(row)])].RecNo);
-    return regex.Match(ms.GetMsgText()) || (inDetails && regex.Match(ms.GetDetails()));
+    if (regex.Match(ms.GetMsgText())) return true;
+    if (!inDetails) return false;
+    const std::string_view details = ms.GetDetails();
+    return details.empty() ? emptyDetailsMatch : regex.Match(details);
   };
   // The store already stands on the row's record: only an Enter can be a collapsed method.
   auto collapsedEnter = [&](int32_t row) {

@@ -168,6 +168,7 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   int32_t GetIndentLevel(int32_t row) override;
   void ResetIndentLevel() override;
   void BeginUpdate() override;
+  // The outermost end also scrolls to the last row that arrived inside the bracket.
   void EndUpdate() override;
   // The in-place editor over the row (a modal form); separators aren't edited.
   void EditMessage(int32_t row) override;
@@ -289,6 +290,10 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   bool CollapseAtExitInternal(int32_t row, bool notify);
   void PostDetailsNotice();
   bool MeasureColumn(int index, std::string_view text);
+  // The filter's test of the sender fields (application, category, process, thread, computer).
+  bool AcceptSender(const TZentrailMessageSet& ms) const;
+  // Keeps what is known per sender of the store in step with the store and the view.
+  void CheckSenderCaches(const TZentrailMessageSet& ms);
   // MeasureColumn for an arriving message, skipped for a text already known to fit.
   bool MeasureArriving(int slot, int index, std::string_view text);
   void DrawSeparator(QPainter& painter, int32_t type, int32_t indent, const QRect& rect, bool selected,
@@ -337,6 +342,16 @@ class TZTMessageView : public TZTVirtualListBox, public IZTMessageView {
   };
   static constexpr size_t kLastFittingWays = 128;
   std::array<std::array<TLastFitting, kLastFittingWays>, 4> FLastFitting;
+  // What this view knows per sender of the store, by the store's sender number, so that an
+  // arriving message costs no text comparison and no measure for a sender seen before: whether the
+  // filter's sender fields accept it (0 not asked yet, 1 yes, 2 no), and the measure epoch at which
+  // its texts were known to fit their columns (widths only grow until the epoch changes).
+  std::vector<uint8_t> FSenderAccepted;
+  std::vector<uint32_t> FSenderFits;
+  uint64_t FSenderGeneration = 0;  // the store's, when these were made
+  uint32_t FFitEpoch = 1;
+  // AutoScroll inside an update bracket: the row to show when the bracket ends, -1 for none.
+  int32_t FPendingTop = -1;
   int32_t FIndentWidth = 24;
   TColor FMarkerColor = 0x00E6D8AD;
   TColor FHighlightFontColor = 0x00502805;

@@ -159,6 +159,8 @@ bool TZTMessageView::MeasureColumn(int index, std::string_view text) {
 }
 
 void TZTMessageView::UpdateColumnWidths() {
+  // Widths start again from nothing: what fitted before must be measured again.
+  ++FFitEpoch;
   FColumnWidths.fill(0);
   for (auto& last : FLastMeasured) last.clear();
   MeasureColumn(cwDate, "00/00/0000");

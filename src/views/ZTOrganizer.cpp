@@ -86,6 +86,16 @@ void TZTOrganizer::Organize(TZTOrganizeBy organizeBy) {
   TZentrailMessageSet& ms = MessageSet;
   const int32_t recNo = ms.RecNo;
   if (recNo <= 0 || !FHost || (organizeBy & ztOrganizeAll) == 0) return;
+  const uint32_t sender = ms.GetIdentity();
+  if (ms.Generation() != FSenderStore) {
+    FSenderStore = ms.Generation();
+    FSenderCovered.clear();
+  }
+  // The register's generation changes with every view that comes or goes, so a stale note never
+  // matches; the fields asked for are part of the note.
+  const uint64_t note = FGeneration * 32 + (organizeBy & ztOrganizeAll);
+  if (sender < FSenderCovered.size() && FSenderCovered[sender] == note) return;
+  bool made = false;
   for (int f = 0; f < ztOrganizeFieldCount; ++f) {
     if ((organizeBy & (1u << f)) == 0) continue;
     const auto field = static_cast<TZTOrganizeField>(f);
@@ -105,6 +115,11 @@ void TZTOrganizer::Organize(TZTOrganizeBy organizeBy) {
     const std::string text(value);
     FHost->CreateOrganizedView(ViewName(field, text), field, text, !FAutoOrganizing);
     ms.GotoRec(recNo);
+    made = true;
+  }
+  if (!made && sender != UINT32_MAX) {
+    if (sender >= FSenderCovered.size()) FSenderCovered.resize(std::max<size_t>(sender + 1, FSenderCovered.size() * 2));
+    FSenderCovered[sender] = note;
   }
 }
 

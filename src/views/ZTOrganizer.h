@@ -101,6 +101,11 @@ class TZTOrganizer {
   };
   bool CoveredCached(TZTOrganizeField field, std::string_view value);
 
+  // Per sender of the store (by its number), the register's generation and the fields at which all
+  // its values were found covered: a sender seen before then costs one comparison per message.
+  std::vector<uint64_t> FSenderCovered;
+  uint64_t FSenderStore = 0;  // the store's generation these belong to
+
   IZTOrganizerHost* FHost = nullptr;
   uint64_t FGeneration = 1;
   std::array<TCoveredCache, ztOrganizeFieldCount> FCovered;

@@ -200,3 +200,21 @@ TEST_F(DispatcherTest, OnlyOneDispatcherStartsWhenManyClientsStartAtOnce) {
   EndForeignDispatcher(pid, socket);
   EXPECT_EQ(ReadLog(path).size(), static_cast<std::size_t>(kClients));
 }
+
+// A dispatcher left behind when its runtime folder is cleared must not hold the lock for ever,
+// nor end while a client still talks to it or lose what that client sent.
+TEST_F(DispatcherTest, DispatcherWhoseSocketFileIsRemovedEndsOnceItsLastClientHasGone) {
+  StartDispatcher();
+  std::string error;
+  int fd = ConnectUnixSocket(socket, error);
+  ASSERT_GE(fd, 0) << error;
+  const std::string path = (dir / "orphan.ztl").string();
+  ASSERT_EQ(RawSend(fd, ztPacketTag, Open("R", "File[Path=" + path + "]")), 1);
+  ASSERT_EQ(::unlink(socket.c_str()), 0);
+  EXPECT_EQ(RawSend(fd, ztPacketTag, Text("R", "after the socket went")), 1) << "a connected client is still served";
+  close(fd);
+  EXPECT_EQ(dispatcher.Wait(10000), 0) << "ended by itself once no client was left";
+  const std::vector<TZentrailMessage> logged = ReadLog(path);
+  ASSERT_EQ(logged.size(), 1u);
+  EXPECT_EQ(logged[0].MsgText, "after the socket went");
+}

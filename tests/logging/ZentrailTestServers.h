@@ -88,8 +88,28 @@ class TFakeFrameServer {
   std::atomic<uint32_t> Reply{1};
   std::atomic<bool> Stall{false};
   std::atomic<int> Accepted{0};
+  std::atomic<int> Batches{0};  // batch frames received
+  // Per batch frame received: its number of records and its payload's size in bytes.
+  std::vector<std::pair<uint32_t, std::size_t>> BatchShapes() {
+    std::lock_guard lock(FLock);
+    return FBatchShapes;
+  }
 
  private:
+  void Keep(uint32_t tag, std::string payload) {
+    TReceivedFrame frame;
+    frame.Tag = tag;
+    frame.Payload = std::move(payload);
+    try {
+      std::string packet = tag == ztCompressedPacketTag ? ZlibInflate(frame.Payload) : frame.Payload;
+      frame.Message.SetAsTransportPacket(packet);
+      frame.Decoded = true;
+    } catch (const std::exception&) {
+    }
+    std::lock_guard lock(FLock);
+    FFrames.push_back(std::move(frame));
+  }
+
   void Run() {
     while (!FStop) {
       pollfd p{FListen, POLLIN, 0};
@@ -112,22 +132,25 @@ class TFakeFrameServer {
       uint32_t tag = 0;
       std::string payload, error;
       if (!ReadFrame(fd, tag, payload, error)) break;
-      TReceivedFrame frame;
-      frame.Tag = tag;
-      frame.Payload = payload;
-      try {
-        std::string packet = tag == ztCompressedPacketTag ? ZlibInflate(payload) : payload;
-        frame.Message.SetAsTransportPacket(packet);
-        frame.Decoded = true;
-      } catch (const std::exception&) {
-      }
-      {
+      // A batch frame's records are kept as the frames they stand for; the answer counts them.
+      uint32_t records = 0;
+      if (tag == ztBatchTag) {
+        ++Batches;
+        TZTBatchReader reader(payload);
+        uint32_t recordTag = 0;
+        std::string_view record;
+        while (reader.Next(recordTag, record) == TZTBatchReader::TStep::Record) {
+          Keep(recordTag, std::string(record));
+          ++records;
+        }
         std::lock_guard lock(FLock);
-        FFrames.push_back(std::move(frame));
+        FBatchShapes.push_back({records, payload.size()});
+      } else {
+        Keep(tag, payload);
       }
       while (Stall && !FStop) std::this_thread::sleep_for(std::chrono::milliseconds(1));
       if (FStop) break;
-      if (!WriteReply(fd, Reply.load(), error)) break;
+      if (!WriteReply(fd, tag == ztBatchTag ? records * Reply.load() : Reply.load(), error)) break;
     }
     close(fd);
   }
@@ -139,6 +162,7 @@ class TFakeFrameServer {
   std::vector<std::thread> FConnections;
   std::mutex FLock;
   std::vector<TReceivedFrame> FFrames;
+  std::vector<std::pair<uint32_t, std::size_t>> FBatchShapes;
 };
 
 // A child process that is ended with SIGKILL (if still running) and reaped when this goes away.
