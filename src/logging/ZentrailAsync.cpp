@@ -133,7 +133,13 @@ struct TZentrailAsyncQueue::TCacheEntry {
 
 namespace {
 constexpr int kCacheWays = 4;
+
+// An empty view may carry no pointer at all, which memcpy must never be given.
+char* CopyIn(char* to, std::string_view from) {
+  if (!from.empty()) std::memcpy(to, from.data(), from.size());
+  return to + from.size();
 }
+}  // namespace
 
 TZentrailAsyncQueue::TZentrailAsyncQueue(std::size_t capacity)
     : FCapacity(RoundCapacity(capacity)), FMask(FCapacity - 1), FData(std::make_unique<char[]>(FCapacity)) {
@@ -261,7 +267,7 @@ uint32_t TZentrailAsyncQueue::RouteToken(TZentrailLogger& logger, const std::sha
       head->Token = outdated;
       head->Generation = outdatedGeneration;
       head->CategoryLen = static_cast<uint32_t>(outdatedCategory.size());
-      std::memcpy(At(at) + sizeof(TRecordHead), outdatedCategory.data(), outdatedCategory.size());
+      CopyIn(At(at) + sizeof(TRecordHead), outdatedCategory);
       Commit(at, kRelease);
     }
     RouteEpoch().fetch_add(1, std::memory_order_acq_rel);
@@ -346,9 +352,7 @@ bool TZentrailAsyncQueue::QueueDropWarning(uint32_t token, uint32_t generation, 
   head->CategoryLen = static_cast<uint32_t>(category.size());
   head->ThreadNameLen = static_cast<uint32_t>(thread.size());
   char* p = At(at) + sizeof(TRecordHead);
-  std::memcpy(p, text.data(), text.size());
-  std::memcpy(p + text.size(), category.data(), category.size());
-  std::memcpy(p + text.size() + category.size(), thread.data(), thread.size());
+  CopyIn(CopyIn(CopyIn(p, text), category), thread);
   Commit(at, kMessage);
   return true;
 }
@@ -417,10 +421,7 @@ int TZentrailAsyncQueue::Send(TZentrailLogger& logger, const std::shared_ptr<TZe
   head->CategoryLen = static_cast<uint32_t>(category.size());
   head->ThreadNameLen = static_cast<uint32_t>(thread.size());
   char* p = record + sizeof(TRecordHead);
-  for (std::string_view part : {text, details, typeName, std::string_view(category), thread}) {
-    std::memcpy(p, part.data(), part.size());
-    p += part.size();
-  }
+  for (std::string_view part : {text, details, typeName, std::string_view(category), thread}) p = CopyIn(p, part);
   Commit(at, kMessage);
   return 1;
 }
@@ -447,7 +448,7 @@ bool TZentrailAsyncQueue::ReleaseRoute(const TZentrailConnection& connection, co
   head->Token = token;
   head->Generation = generation;
   head->CategoryLen = static_cast<uint32_t>(category.size());
-  std::memcpy(At(at) + sizeof(TRecordHead), category.data(), category.size());
+  CopyIn(At(at) + sizeof(TRecordHead), category);
   Commit(at, kRelease);
   return true;
 }
