@@ -468,7 +468,11 @@ TZentrailDestination::TZentrailDestination() = default;
 TZentrailDestination::TZentrailDestination(std::string_view text) { SetAsString(text); }
 
 TZentrailDestination::~TZentrailDestination() {
-  auto loggers = FLinkedLoggers;
+  std::vector<TZentrailLogger*> loggers;
+  {
+    std::lock_guard lock(FLinkLock);
+    loggers.swap(FLinkedLoggers);
+  }
   for (TZentrailLogger* logger : loggers) logger->DestinationDestroyed(this);
 }
 
@@ -478,11 +482,13 @@ TBaseDestination* TZentrailDestination::Parts(int index) {
 }
 
 void TZentrailDestination::Link(TZentrailLogger* logger) {
+  std::lock_guard lock(FLinkLock);
   if (std::find(FLinkedLoggers.begin(), FLinkedLoggers.end(), logger) == FLinkedLoggers.end())
     FLinkedLoggers.push_back(logger);
 }
 
 void TZentrailDestination::Unlink(TZentrailLogger* logger) {
+  std::lock_guard lock(FLinkLock);
   FLinkedLoggers.erase(std::remove(FLinkedLoggers.begin(), FLinkedLoggers.end(), logger),
                        FLinkedLoggers.end());
 }

@@ -3,6 +3,7 @@
 // as text, for example "File[Path=/home/me/Logs/app.ztl;MaxSize=1024],Viewer".
 
 #include <cstdint>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -238,7 +239,10 @@ class TZentrailDestination {
   std::string FAdditional;
   int32_t FUpdateCount = 0;
   int32_t FDestinationCode = 0;
-  std::vector<TZentrailLogger*> FLinkedLoggers;  // told when this object goes away
+  // Told when this object goes away. Loggers of several threads may share one destination and
+  // link or unlink at any time.
+  std::mutex FLinkLock;
+  std::vector<TZentrailLogger*> FLinkedLoggers;
 };
 
 // Bob Jenkins's lookup3 hash ("hashlittle") of the bytes with the given initial value.

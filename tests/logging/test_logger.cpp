@@ -164,6 +164,31 @@ TEST_F(TLoggerFixture, DestroyedDestinationFallsBackToTheDefault) {
   EXPECT_EQ(connection->Sent[connection->Sent.size() - 2].MsgText, "Viewer");
 }
 
+TEST_F(TLoggerFixture, LoggersOfManyThreadsShareOneDestination) {
+  // Each thread links and unlinks its own loggers while the others do the same: the destination's
+  // list of loggers is shared between them.
+  std::vector<TZentrailLogger> kept(4);
+  {
+    TZentrailDestination shared("File[Path=/tmp/a.ztl]");
+    std::atomic<int> ready{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+      threads.emplace_back([&, t] {
+        ++ready;
+        while (ready.load() < 4) std::this_thread::yield();
+        for (int i = 0; i < 50000; ++i) {
+          TZentrailLogger passing[3];
+          for (auto& p : passing) p.SetDestination(&shared);
+          kept[t].SetDestination(i % 2 ? &shared : nullptr);
+        }
+        kept[t].SetDestination(&shared);
+      });
+    for (auto& thread : threads) thread.join();
+    for (auto& logger : kept) EXPECT_EQ(logger.Destination(), &shared);
+  }
+  for (auto& logger : kept) EXPECT_EQ(logger.Destination(), nullptr) << "each was told the destination went away";
+}
+
 TEST_F(TLoggerFixture, InvalidDestinationIsTheOneExceptionTheApplicationSees) {
   TZentrailDestination broken("File[MaxSize=4]");
   log.SetDestination(&broken);
