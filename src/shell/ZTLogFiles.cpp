@@ -36,40 +36,40 @@ QString DisplayText(QString text) {
   return text;
 }
 
-TZTFileDialogSpec LogFileDialogSpec(TZTLogDialog kind, const QString& folder) {
-  TZTFileDialogSpec spec;
-  spec.Folder = folder;
+TZTFileDialogRequest LogFileDialogSpec(TZTLogDialog kind, const QString& folder) {
+  TZTFileDialogRequest request;
+  request.Folder = folder;
   const QString logs = QStringLiteral("Zentrail Log Files (*.ztl)");
   switch (kind) {
     case TZTLogDialog::Open:
-      spec.Title = QStringLiteral("Open Zentrail Log File");
-      spec.Filters = {logs};
-      spec.DefaultSuffix = QStringLiteral("ztl");
+      request.Title = QStringLiteral("Open Zentrail Log File");
+      request.Filters = {logs};
+      request.DefaultSuffix = QStringLiteral("ztl");
       break;
     case TZTLogDialog::Append:
-      spec.Title = QStringLiteral("Append Zentrail Log File");
-      spec.Filters = {logs};
-      spec.DefaultSuffix = QStringLiteral("ztl");
+      request.Title = QStringLiteral("Append Zentrail Log File");
+      request.Filters = {logs};
+      request.DefaultSuffix = QStringLiteral("ztl");
       break;
     case TZTLogDialog::Follow:
-      spec.Title = QStringLiteral("Follow Zentrail Log File");
-      spec.Filters = {logs};
-      spec.DefaultSuffix = QStringLiteral("ztl");
+      request.Title = QStringLiteral("Follow Zentrail Log File");
+      request.Filters = {logs};
+      request.DefaultSuffix = QStringLiteral("ztl");
       break;
     case TZTLogDialog::Save:
-      spec.Save = true;
-      spec.Title = QStringLiteral("Save Zentrail Messages");
-      spec.Filters = {QStringLiteral("Zentrail Log Files ( *.ztl )")};
-      spec.DefaultSuffix = QStringLiteral("ztl");
+      request.Save = true;
+      request.Title = QStringLiteral("Save Zentrail Messages");
+      request.Filters = {QStringLiteral("Zentrail Log Files ( *.ztl )")};
+      request.DefaultSuffix = QStringLiteral("ztl");
       break;
     case TZTLogDialog::Export:
-      spec.Save = true;
-      spec.Title = QStringLiteral("Export Zentrail Messages");
-      spec.Filters = {QStringLiteral("XML Files (*.xml)"), QStringLiteral("Text Files (*.txt)")};
-      spec.DefaultSuffix = QStringLiteral("xml");
+      request.Save = true;
+      request.Title = QStringLiteral("Export Zentrail Messages");
+      request.Filters = {QStringLiteral("XML Files (*.xml)"), QStringLiteral("Text Files (*.txt)")};
+      request.DefaultSuffix = QStringLiteral("xml");
       break;
   }
-  return spec;
+  return request;
 }
 
 QString FolderOfFile(const QString& fileName) {

@@ -23,7 +23,7 @@ QString DisplayText(QString text);
 
 enum class TZTLogDialog { Open, Append, Save, Export, Follow };
 // What each command's file dialog is; all start in folder.
-TZTFileDialogSpec LogFileDialogSpec(TZTLogDialog kind, const QString& folder);
+TZTFileDialogRequest LogFileDialogSpec(TZTLogDialog kind, const QString& folder);
 // The folder part of a chosen file, with a trailing "/", as the dialogs start there next time.
 QString FolderOfFile(const QString& fileName);
 

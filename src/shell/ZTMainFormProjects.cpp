@@ -116,7 +116,7 @@ void TFrmViewer::SaveProject(const QString& fileName) {
 }
 
 void TFrmViewer::SaveProjectAs() {
-  TZTFileDialogSpec dialog;
+  TZTFileDialogRequest dialog;
   dialog.Save = true;
   dialog.Title = QStringLiteral("Save Zentrail Project");
   dialog.Folder = ProjectFolder();
@@ -164,7 +164,7 @@ void TFrmViewer::NewProject() {
 }
 
 void TFrmViewer::OpenProject() {
-  TZTFileDialogSpec dialog;
+  TZTFileDialogRequest dialog;
   dialog.Title = QStringLiteral("Open Zentrail Project");
   dialog.Folder = ProjectFolder();
   dialog.Filters = QStringList{QStringLiteral("Zentrail Project Files ( *.ztp ) (*.ztp)")};

@@ -187,15 +187,15 @@ void TfrmPrint::ChangePrinter() {
 }
 
 void TfrmPrint::PrintToPdf() {
-  TZTFileDialogSpec spec;
-  spec.Save = true;
-  spec.Title = QStringLiteral("Print to PDF File");
-  spec.Filters = {QStringLiteral("PDF Files (*.pdf)")};
-  spec.DefaultSuffix = QStringLiteral("pdf");
+  TZTFileDialogRequest request;
+  request.Save = true;
+  request.Title = QStringLiteral("Print to PDF File");
+  request.Filters = {QStringLiteral("PDF Files (*.pdf)")};
+  request.DefaultSuffix = QStringLiteral("pdf");
   QPrinter& printer = ViewPrinter();
-  spec.Folder = printer.outputFileName().isEmpty() ? QDir::homePath() : QFileInfo(printer.outputFileName()).absolutePath();
+  request.Folder = printer.outputFileName().isEmpty() ? QDir::homePath() : QFileInfo(printer.outputFileName()).absolutePath();
   int filter = 0;
-  const QString file = PromptService().ChooseFile(this, spec, filter);
+  const QString file = PromptService().ChooseFile(this, request, filter);
   if (file.isEmpty()) return;
   printer.setOutputFormat(QPrinter::PdfFormat);
   printer.setOutputFileName(file);

@@ -318,13 +318,13 @@ TEST_F(LogFilesTest, SavedThenOpenedGivesTheSameMessagesAndAFilteredViewSavesIts
   FPrompts->FileAnswers = {{QString::fromStdString(all.string()), 0}};
   Viewer->SaveLogFile();
   ASSERT_EQ(FPrompts->FileDialogs.size(), 1u);
-  const TZTFileDialogSpec& spec = FPrompts->FileDialogs.front();
-  EXPECT_TRUE(spec.Save);
-  EXPECT_EQ(spec.Title, "Save Zentrail Messages");
-  EXPECT_EQ(spec.Filters, QStringList{"Zentrail Log Files ( *.ztl )"});
-  EXPECT_EQ(spec.DefaultSuffix, "ztl");
-  EXPECT_TRUE(spec.Folder.endsWith("/My Zentrail Files/Logs/")) << spec.Folder.toStdString();
-  EXPECT_TRUE(fs::is_directory(spec.Folder.toStdString()));
+  const TZTFileDialogRequest& request = FPrompts->FileDialogs.front();
+  EXPECT_TRUE(request.Save);
+  EXPECT_EQ(request.Title, "Save Zentrail Messages");
+  EXPECT_EQ(request.Filters, QStringList{"Zentrail Log Files ( *.ztl )"});
+  EXPECT_EQ(request.DefaultSuffix, "ztl");
+  EXPECT_TRUE(request.Folder.endsWith("/My Zentrail Files/Logs/")) << request.Folder.toStdString();
+  EXPECT_TRUE(fs::is_directory(request.Folder.toStdString()));
   EXPECT_EQ(Viewer->LogFolder(), QString::fromStdString(Dir().string()) + "/");
 
   FPrompts->ThreeWayAnswers = {TZTAnswer::No};

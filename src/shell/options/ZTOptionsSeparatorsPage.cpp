@@ -97,11 +97,11 @@ TZTOptionsSeparatorsPage::TZTOptionsSeparatorsPage(QWidget* parent) : QWidget(pa
   connect(chkSoundEffect, &QCheckBox::toggled, this, [this] { UpdateRules(); });
   connect(btnBrowseSound, &QToolButton::clicked, this, [this] {
     int filter = 0;
-    TZTFileDialogSpec spec;
-    spec.Title = QStringLiteral("Choose a Sound Effect");
-    spec.Filters = {QStringLiteral("Sound Files (*.wav)"), QStringLiteral("All Files (*)")};
-    spec.Folder = edtSoundEffect->text();
-    const QString file = PromptService().ChooseFile(this, spec, filter);
+    TZTFileDialogRequest request;
+    request.Title = QStringLiteral("Choose a Sound Effect");
+    request.Filters = {QStringLiteral("Sound Files (*.wav)"), QStringLiteral("All Files (*)")};
+    request.Folder = edtSoundEffect->text();
+    const QString file = PromptService().ChooseFile(this, request, filter);
     if (!file.isEmpty()) edtSoundEffect->setText(file);
   });
   connect(btnPlaySound, &QToolButton::clicked, this, [this] {

@@ -45,15 +45,15 @@ bool TZTPromptService::AskYesNo(QWidget* parent, const QString& text, const QStr
 
 void TZTPromptService::Beep() { QApplication::beep(); }
 
-QString TZTPromptService::ChooseFile(QWidget* parent, const TZTFileDialogSpec& spec, int& filterIndex) {
-  QFileDialog dialog(ParentOrActive(parent), spec.Title, spec.Folder);
-  dialog.setAcceptMode(spec.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
-  dialog.setFileMode(spec.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-  dialog.setNameFilters(spec.Filters);
-  dialog.setDefaultSuffix(spec.DefaultSuffix);
+QString TZTPromptService::ChooseFile(QWidget* parent, const TZTFileDialogRequest& request, int& filterIndex) {
+  QFileDialog dialog(ParentOrActive(parent), request.Title, request.Folder);
+  dialog.setAcceptMode(request.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(request.Save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setNameFilters(request.Filters);
+  dialog.setDefaultSuffix(request.DefaultSuffix);
   dialog.setSizeGripEnabled(true);
   if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return QString();
-  filterIndex = std::max<int>(0, static_cast<int>(spec.Filters.indexOf(dialog.selectedNameFilter())));
+  filterIndex = std::max<int>(0, static_cast<int>(request.Filters.indexOf(dialog.selectedNameFilter())));
   return dialog.selectedFiles().front();
 }
 
@@ -90,8 +90,8 @@ bool TZTRecordingPromptService::AskYesNo(QWidget*, const QString& text, const QS
   return answer;
 }
 
-QString TZTRecordingPromptService::ChooseFile(QWidget*, const TZTFileDialogSpec& spec, int& filterIndex) {
-  FileDialogs.push_back(spec);
+QString TZTRecordingPromptService::ChooseFile(QWidget*, const TZTFileDialogRequest& request, int& filterIndex) {
+  FileDialogs.push_back(request);
   if (FileAnswers.empty()) return QString();
   TFileAnswer answer = FileAnswers.front();
   FileAnswers.pop_front();

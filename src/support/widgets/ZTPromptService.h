@@ -19,7 +19,7 @@ enum class TZTPromptKind { Information, Warning, Error };
 enum class TZTAnswer { Yes, No, Cancel };
 
 // What a file dialog is asked to be. Filters are in Qt's form, "Name (*.ext)".
-struct TZTFileDialogSpec {
+struct TZTFileDialogRequest {
   bool Save = false;  // a save dialog asks before it overwrites; an open dialog wants an existing file
   QString Title;
   QStringList Filters;
@@ -42,7 +42,7 @@ class TZTPromptService {
   // ---- Files, three-way questions and the viewer's own forms
   // A file dialog: the chosen file, or empty on Cancel. filterIndex receives the chosen filter
   // (0-based), as some commands act on the filter rather than the extension typed.
-  virtual QString ChooseFile(QWidget* parent, const TZTFileDialogSpec& spec, int& filterIndex);
+  virtual QString ChooseFile(QWidget* parent, const TZTFileDialogRequest& request, int& filterIndex);
   virtual TZTAnswer AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption = QString());
   // Runs one of the viewer's forms modally and returns its result (QDialog::Accepted or Rejected).
   virtual int RunDialog(QDialog& dialog);
@@ -76,11 +76,11 @@ class TZTRecordingPromptService : public TZTPromptService {
     QString Name;
     int Filter = 0;
   };
-  QString ChooseFile(QWidget* parent, const TZTFileDialogSpec& spec, int& filterIndex) override;
+  QString ChooseFile(QWidget* parent, const TZTFileDialogRequest& request, int& filterIndex) override;
   TZTAnswer AskYesNoCancel(QWidget* parent, const QString& text, const QString& caption) override;
   int RunDialog(QDialog& dialog) override;
   std::deque<TFileAnswer> FileAnswers;
-  std::vector<TZTFileDialogSpec> FileDialogs;
+  std::vector<TZTFileDialogRequest> FileDialogs;
   std::deque<TZTAnswer> ThreeWayAnswers;
   std::function<int(QDialog&)> DialogHandler;
   QStringList Dialogs;  // the object name of every form run
